@@ -1,0 +1,7 @@
+#include "debuginfo/module.h"
+
+namespace vantor {
+
+Module::~Module() = default;
+
+}  // namespace vantor

@@ -1,0 +1,41 @@
+#include "process/debugged_process.h"
+
+#include "debuginfo/module.h"
+#include "debuginfo/source_file.h"
+#include "stack/call_stack.h"
+
+namespace vantor {
+
+DebuggedProcess* CurrentProcess = nullptr;
+
+DebuggedProcess::DebuggedProcess() = default;
+DebuggedProcess::~DebuggedProcess() = default;
+
+std::size_t DebuggedProcess::read(Address address, void* buffer, std::size_t size) {
+  return os::system().read_memory(process_info_.process, address, buffer, size);
+}
+
+std::size_t DebuggedProcess::write(Address address, const void* buffer, std::size_t size) {
+  return os::system().write_memory(process_info_.process, address, buffer, size);
+}
+
+Module* DebuggedProcess::module_containing(Address address) const {
+  for (const auto& module : modules_)
+    if (address >= module->load_base() && address < module->end_address()) return module.get();
+  return nullptr;
+}
+
+Module* DebuggedProcess::add_module(std::unique_ptr<Module> module) {
+  modules_.insert(modules_.begin(), std::move(module));
+  return modules_.front().get();
+}
+
+void DebuggedProcess::remove_module_at(Address base) {
+  for (auto it = modules_.begin(); it != modules_.end(); ++it)
+    if ((*it)->load_base() == base) {
+      modules_.erase(it);
+      return;
+    }
+}
+
+}  // namespace vantor

@@ -1,0 +1,9 @@
+#include "stack/stack_frame.h"
+
+namespace vantor {
+
+std::unique_ptr<element> StackFrame::variable_element(int) { return nullptr; }
+std::unique_ptr<element> StackFrame::find_variable(std::string_view) { return nullptr; }
+std::unique_ptr<element> StackFrame::find_in_scope(std::string_view, const element&) { return nullptr; }
+
+}  // namespace vantor

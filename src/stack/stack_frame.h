@@ -1,0 +1,64 @@
+// One active routine of the stopped thread. The call-stack walk makes one per frame; the
+// user interface and the evaluator then ask it for the routine's name, source position
+// and variables. Three kinds: frames of our compiler's Fortran routines (F95StackFrame),
+// their common base (QuorvelStackFrame), and frames unwound by the system's debug-help
+// library (MicrosoftStackFrame), which know only a symbol name.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "debuginfo/map_entry.h"
+#include "values/element.h"
+
+namespace vantor {
+
+class DebuggedProcess;
+class Module;
+struct element;
+
+class StackFrame {
+ public:
+  StackFrame(DebuggedProcess* process, Address pc, Address frame_base, Address return_slot, std::int32_t index,
+             Module* module)
+      : pc(pc), frame_base(frame_base), return_slot(return_slot), index(index), process(process), module(module) {}
+  virtual ~StackFrame() = default;
+  StackFrame(const StackFrame&) = delete;
+  StackFrame& operator=(const StackFrame&) = delete;
+
+  // Makes the routine's symbols ready (reads its symbol stream the first time).
+  virtual void load_symbols() {}
+  // Number of the routine's own variables; 0 for frames without symbols.
+  virtual int variable_count() { return 0; }
+  // The typed value of the routine's variable with that index; null without symbols.
+  virtual std::unique_ptr<element> variable_element(int index);
+  // The debug record of the routine's variable with that index; null without symbols.
+  virtual const VariableRecord* variable_record(int /*index*/) { return nullptr; }
+  // How component names are joined in this frame's language: '%' Fortran, '.' C.
+  virtual char member_separator() const { return '.'; }
+  // The language code of values made in this frame (4 Fortran, 5 otherwise).
+  virtual int language_code() const { return 5; }
+  virtual bool has_lines() const { return false; }
+  virtual std::string source_file_name() const { return {}; }
+  virtual std::string routine_name() const = 0;
+  virtual MapEntry* map_entry() const { return nullptr; }
+  // The typed value of the routine's variable of that name (case ignored); null if absent.
+  virtual std::unique_ptr<element> find_variable(std::string_view name);
+  // Resolves `argument` inside a structure value (type code 22) through its component
+  // table; null for any other value.
+  virtual std::unique_ptr<element> find_in_scope(std::string_view argument, const element& value);
+  virtual Address routine_start() const { return pc; }
+
+  Address pc;
+  Address frame_base;
+  Address return_slot;
+  std::int32_t index;
+  DebuggedProcess* process;
+  Module* module;
+  // Set by the call stack once the walk is complete.
+  std::int32_t total_frames = 0;
+};
+
+}  // namespace vantor
