@@ -1,0 +1,74 @@
+// The window library as the rest of the debugger sees it. Only src/winlib/win32 talks to
+// the library itself; everything above asks this interface, so that the window models,
+// the settings and the commands run unchanged in console sessions and native tests.
+//
+// Sizes and positions of windows are in the library's character units unless a name
+// says pixels.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace vantor::ui {
+class text_window;
+}
+
+namespace vantor::winlib {
+
+struct PixelSize {
+  int width = 0;
+  int height = 0;
+};
+
+// A window's place as the library reports it, in character units.
+struct WindowLocation {
+  int x = 0;
+  int y = 0;
+  int width = 0;
+  int height = 0;
+};
+
+// The on-screen form of one text window. The model owns it and tells it when to redraw;
+// the view reads the model's rows, its first visible row and its selected row.
+class WindowView {
+ public:
+  virtual ~WindowView() = default;
+  // The model's rows, title, status or selection changed.
+  virtual void redraw() = 0;
+  virtual void bring_to_front() = 0;
+  // Where the user has put the window now; nullopt when the library cannot tell.
+  virtual std::optional<WindowLocation> location() = 0;
+};
+
+class WindowLibrary {
+ public:
+  virtual ~WindowLibrary() = default;
+
+  // A value the library keeps by name ("PIXELS_PER_H_UNIT", "PIXELS_PER_V_UNIT", ...);
+  // 0 for a name it does not know.
+  virtual std::int64_t info(const std::string& name) = 0;
+  // The main window's client area and the whole screen, in pixels.
+  virtual PixelSize main_client_size() = 0;
+  virtual PixelSize screen_size() = 0;
+
+  // Puts a text window on screen at its location. Null when the session shows no
+  // windows: the model then lives on without a view (console sessions, off-screen
+  // windows of "dprint", tests).
+  virtual std::unique_ptr<WindowView> open_view(ui::text_window& window) = 0;
+
+  // The small modal prompts: a caption, a question, and an answer field placed at (x, y)
+  // with the given width. Nullopt when the user cancels (or no one can answer).
+  virtual std::optional<long> prompt_number(const std::string& caption, const std::string& question, int x, int y,
+                                            int width) = 0;
+  virtual std::optional<std::string> prompt_text(const std::string& caption, const std::string& question, int x,
+                                                 int y, int width) = 0;
+};
+
+// The library of the session: the one installed by the entry point, or the headless one
+// when none is (console sessions and tests).
+WindowLibrary& window_library();
+void set_window_library(WindowLibrary* library);
+
+}  // namespace vantor::winlib
