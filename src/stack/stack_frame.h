@@ -19,6 +19,14 @@ class DebuggedProcess;
 class Module;
 struct element;
 
+// Where a variable, or a variable bound of an array, lives in the debugged process.
+struct VariableAddress {
+  Address address = 0;
+  Address base = 0;        // what the variable's bounds and components are relative to
+  std::int32_t error = 0;  // 0, or the element error code: 34 no address in this frame,
+                           // 38 a virtual COMMON block the program has not touched yet
+};
+
 class StackFrame {
  public:
   StackFrame(DebuggedProcess* process, Address pc, Address frame_base, Address return_slot, std::int32_t index,
@@ -50,6 +58,11 @@ class StackFrame {
   // table; null for any other value.
   virtual std::unique_ptr<element> find_in_scope(std::string_view argument, const element& value);
   virtual Address routine_start() const { return pc; }
+  // The address of a variable by the address type and value of its record (or of one of
+  // its variable array bounds, with the base its own address gave). Frames without debug
+  // information have no variables: error 34.
+  virtual VariableAddress variable_address(std::uint32_t address_type, std::uint64_t value,
+                                           const VariableRecord* variable, Address base);
 
   Address pc;
   Address frame_base;
