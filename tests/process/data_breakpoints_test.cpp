@@ -1,0 +1,146 @@
+#include "process/data_breakpoints.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "common/messages.h"
+
+#include "support/fake_breakpoint_host.h"
+#include "values/element.h"
+
+namespace vantor {
+namespace {
+
+constexpr const char* kTooBig = "The maximum size of object that can be covered by a hardware breakpoint is 32-bytes";
+constexpr const char* kNotEnough = "There are not enough hardware registers available to satisfy this request";
+constexpr const char* kNotBreakpointable = "This value cannot be breakpointed";
+
+class DataBreakpointsTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ConsoleMode = false; }
+  element variable(Address address, std::int64_t size) {
+    element value;
+    value.type = 6;
+    value.address = address;
+    value.size = size;
+    return value;
+  }
+  // The last information box shown, or "" when none.
+  std::wstring last_box() const {
+    return target.system.message_boxes.empty() ? L"" : target.system.message_boxes.back().text;
+  }
+  std::vector<std::pair<Address, std::uint32_t>> watches() const {
+    std::vector<std::pair<Address, std::uint32_t>> out;
+    for (int i = 0; i < HardwareSlots::kCount; ++i)
+      if (slots[i].kind == kSlotDataBreakpoint) out.push_back({slots[i].address, slots[i].size});
+    return out;
+  }
+  void fill_slots(int count) {
+    for (int i = 0; i < count; ++i) slots.take(kAccessUse, kSlotReturnWatch, 0x9000 + 8 * i, 8);
+  }
+
+  testing::FakeTarget target;
+  testing::FakeBreakpointHost host{target};
+  HardwareSlots slots;
+  BreakpointList list{host, slots};
+};
+
+TEST(WatchPiecesTest, EightByteCoverWithItsRemainderRule) {
+  using P = std::vector<std::pair<Address, std::uint32_t>>;
+  auto pieces = [](std::int64_t size) {
+    P out;
+    for (const watch_piece& piece : watch_pieces(0x100, size)) out.push_back({piece.address, piece.size});
+    return out;
+  };
+  EXPECT_EQ(pieces(1), (P{{0x100, 1}}));
+  EXPECT_EQ(pieces(2), (P{{0x100, 2}}));
+  EXPECT_EQ(pieces(3), (P{{0x100, 4}}));
+  EXPECT_EQ(pieces(4), (P{{0x100, 4}}));
+  for (std::int64_t size = 5; size <= 7; ++size) EXPECT_EQ(pieces(size), (P{{0x100, 4}})) << size;
+  EXPECT_EQ(pieces(8), (P{{0x100, 8}}));
+  EXPECT_EQ(pieces(12), (P{{0x100, 8}, {0x108, 4}}));
+  EXPECT_EQ(pieces(19), (P{{0x100, 8}, {0x108, 8}, {0x110, 4}}));
+  EXPECT_EQ(pieces(32), (P{{0x100, 8}, {0x108, 8}, {0x110, 8}, {0x118, 8}}));
+}
+
+TEST_F(DataBreakpointsTest, SizeRules) {
+  EXPECT_FALSE(set_data_breakpoint_on_value(list, variable(0x5000, 40), kAccessWrite));
+  EXPECT_EQ(last_box(), std::wstring(kTooBig, kTooBig + std::strlen(kTooBig)));
+  EXPECT_EQ(slots.free_hardware_slots(), 4);
+
+  EXPECT_TRUE(set_data_breakpoint_on_value(list, variable(0x5000, 32), kAccessWrite));
+  EXPECT_EQ(last_box(), L"Data breakpoint set");
+  EXPECT_EQ(target.system.message_boxes.back().title, L"Information");
+  EXPECT_EQ(slots.free_hardware_slots(), 0);
+  EXPECT_EQ(list.count(), 4);  // one record per watch
+
+  list.clear_breakpoints();
+  // 33 to 39 bytes pass the whole-eights test; the rest beyond four watches is dropped.
+  EXPECT_TRUE(set_data_breakpoint_on_value(list, variable(0x5000, 39), kAccessWrite));
+  EXPECT_EQ(watches().size(), 4u);
+}
+
+TEST_F(DataBreakpointsTest, TwelveBytesWithOneFreeSlotGetOneEightByteWatch) {
+  fill_slots(3);
+  EXPECT_TRUE(set_data_breakpoint_on_value(list, variable(0x6000, 12), kAccessUse));
+  EXPECT_EQ(watches(), (std::vector<std::pair<Address, std::uint32_t>>{{0x6000, 8}}));
+  EXPECT_EQ(slots[3].access, kAccessUse);
+}
+
+TEST_F(DataBreakpointsTest, SevenBytesGetOneFourByteWatch) {
+  EXPECT_TRUE(set_data_breakpoint_on_value(list, variable(0x6000, 7), kAccessWrite));
+  EXPECT_EQ(watches(), (std::vector<std::pair<Address, std::uint32_t>>{{0x6000, 4}}));
+}
+
+TEST_F(DataBreakpointsTest, NotEnoughRegisters) {
+  fill_slots(3);
+  EXPECT_FALSE(set_data_breakpoint_on_value(list, variable(0x6000, 16), kAccessWrite));
+  EXPECT_EQ(last_box(), std::wstring(kNotEnough, kNotEnough + std::strlen(kNotEnough)));
+  EXPECT_EQ(slots.free_hardware_slots(), 1);
+  EXPECT_EQ(list.count(), 0);
+}
+
+TEST_F(DataBreakpointsTest, ConstantsAndEmptyValues) {
+  element constant = variable(0, 4);
+  constant.flags = 1;
+  EXPECT_FALSE(set_data_breakpoint_on_value(list, constant, kAccessWrite));
+  EXPECT_EQ(last_box(), std::wstring(kNotBreakpointable, kNotBreakpointable + std::strlen(kNotBreakpointable)));
+  EXPECT_FALSE(set_data_breakpoint_on_value(list, variable(0x5000, 0), kAccessWrite));
+  EXPECT_EQ(target.system.message_boxes.size(), 2u);
+  EXPECT_EQ(slots.free_hardware_slots(), 4);
+
+  // An INTEGER*8 constant holds an address: that address is watched.
+  element address = variable(0, 8);
+  address.type = 7;
+  address.flags = 1;
+  const Address held = 0x7ff00010;
+  std::memcpy(address.value.data(), &held, sizeof held);
+  EXPECT_TRUE(set_data_breakpoint_on_value(list, address, kAccessWrite));
+  EXPECT_EQ(watches(), (std::vector<std::pair<Address, std::uint32_t>>{{held, 8}}));
+}
+
+TEST_F(DataBreakpointsTest, RawAddressAndRunToInstruction) {
+  bool refreshed = false;
+  BreakpointsChanged = [&refreshed] { refreshed = true; };
+  EXPECT_TRUE(set_data_breakpoint_on_address(list, 0x8000, 6, kAccessUse));
+  EXPECT_TRUE(refreshed);
+  BreakpointsChanged = nullptr;
+  EXPECT_EQ(watches(), (std::vector<std::pair<Address, std::uint32_t>>{{0x8000, 4}}));
+  EXPECT_TRUE(set_data_breakpoint_on_address(list, 0x8010, 64, kAccessUse));
+  EXPECT_EQ(slots[1].size, 8u);
+
+  EXPECT_TRUE(set_run_to_instruction(list, 0x401000));
+  EXPECT_EQ(slots[2].kind, kSlotExecution);
+  EXPECT_EQ(slots[2].size, 1u);
+  EXPECT_EQ(list.count(), 2);  // no record for the execution slot
+  fill_slots(1);
+
+  EXPECT_FALSE(set_data_breakpoint_on_address(list, 0x8020, 4, kAccessUse));
+  EXPECT_EQ(last_box(), L"There are no hardware registers available to satisfy this request");
+  EXPECT_FALSE(set_run_to_instruction(list, 0x401000));
+  EXPECT_EQ(last_box(), L"All hardware registers are being used");
+}
+
+}  // namespace
+}  // namespace vantor
