@@ -83,7 +83,7 @@ TEST_P(TrapInvariantTest, MemoryOutsideLiveTrapsEqualsTheImage) {
   const std::int32_t modes[] = {kModeStepInto, kModeGo, kModeStepOver, kModeOneInstruction, kModeStepOut};
   int stops = 0;
 
-  for (int step = 0; step < 400; ++step) {
+  for (int step = 0; step < 300; ++step) {
     // ---- while stopped: edit the breakpoints
     switch (pick(6)) {
       case 0:
@@ -137,10 +137,10 @@ TEST_P(TrapInvariantTest, MemoryOutsideLiveTrapsEqualsTheImage) {
       }
     }
   }
-  EXPECT_GT(stops, 100);
+  EXPECT_GT(stops, 80);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, TrapInvariantTest, ::testing::Values(1u, 2u, 3u, 4u));
+INSTANTIATE_TEST_SUITE_P(Seeds, TrapInvariantTest, ::testing::Values(1u, 2u, 3u));
 
 }  // namespace
 }  // namespace vantor
