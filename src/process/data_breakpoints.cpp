@@ -11,8 +11,6 @@ std::function<void()> BreakpointsChanged;
 
 namespace {
 
-constexpr std::int32_t kInteger8Type = 7;
-constexpr std::uint8_t kIsConstant = 1;
 constexpr std::int64_t kMaxWatches = 4;
 
 std::uint32_t rest_length(std::int64_t rest) { return rest == 1 || rest == 2 ? static_cast<std::uint32_t>(rest) : 4; }
@@ -36,12 +34,12 @@ bool set_data_breakpoint_on_value(BreakpointList& breakpoints, const element& va
   // A constant has no home in the program, except an INTEGER*8 that holds an address
   // (what loc() gives): then the address it holds is watched.
   Address address = value.address;
-  if (value.flags & kIsConstant) {
-    if (value.type != kInteger8Type) {
+  if (value.is_constant()) {
+    if (value.type != kTypeInteger8) {
       ShowInformationMessage("This value cannot be breakpointed");
       return false;
     }
-    std::memcpy(&address, value.value.data(), sizeof address);
+    std::memcpy(&address, constant_bytes(value), sizeof address);
   }
   const std::int64_t size = value.size;
   if (size <= 0) {

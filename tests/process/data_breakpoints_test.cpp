@@ -19,12 +19,11 @@ constexpr const char* kNotBreakpointable = "This value cannot be breakpointed";
 class DataBreakpointsTest : public ::testing::Test {
  protected:
   void SetUp() override { ConsoleMode = false; }
-  element variable(Address address, std::int64_t size) {
-    element value;
-    value.type = 6;
-    value.address = address;
-    value.size = size;
-    return value;
+  const element& variable(Address address, std::int64_t size) {
+    values.push_back(make_element(kTypeInteger4));
+    values.back()->address = address;
+    values.back()->size = size;
+    return *values.back();
   }
   // The last information box shown, or "" when none.
   std::wstring last_box() const {
@@ -44,6 +43,7 @@ class DataBreakpointsTest : public ::testing::Test {
   testing::FakeBreakpointHost host{target};
   HardwareSlots slots;
   BreakpointList list{host, slots};
+  std::vector<std::unique_ptr<element>> values;
 };
 
 TEST(WatchPiecesTest, EightByteCoverWithItsRemainderRule) {
@@ -102,21 +102,19 @@ TEST_F(DataBreakpointsTest, NotEnoughRegisters) {
 }
 
 TEST_F(DataBreakpointsTest, ConstantsAndEmptyValues) {
-  element constant = variable(0, 4);
-  constant.flags = 1;
-  EXPECT_FALSE(set_data_breakpoint_on_value(list, constant, kAccessWrite));
+  auto constant = make_element(kTypeInteger4);
+  set_integer_constant(*constant, 0x5000, kTypeInteger4);
+  EXPECT_FALSE(set_data_breakpoint_on_value(list, *constant, kAccessWrite));
   EXPECT_EQ(last_box(), std::wstring(kNotBreakpointable, kNotBreakpointable + std::strlen(kNotBreakpointable)));
   EXPECT_FALSE(set_data_breakpoint_on_value(list, variable(0x5000, 0), kAccessWrite));
   EXPECT_EQ(target.system.message_boxes.size(), 2u);
   EXPECT_EQ(slots.free_hardware_slots(), 4);
 
   // An INTEGER*8 constant holds an address: that address is watched.
-  element address = variable(0, 8);
-  address.type = 7;
-  address.flags = 1;
+  auto address = make_element(kTypeInteger8);
   const Address held = 0x7ff00010;
-  std::memcpy(address.value.data(), &held, sizeof held);
-  EXPECT_TRUE(set_data_breakpoint_on_value(list, address, kAccessWrite));
+  set_integer_constant(*address, static_cast<std::int64_t>(held), kTypeInteger8);
+  EXPECT_TRUE(set_data_breakpoint_on_value(list, *address, kAccessWrite));
   EXPECT_EQ(watches(), (std::vector<std::pair<Address, std::uint32_t>>{{held, 8}}));
 }
 
