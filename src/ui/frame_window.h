@@ -9,8 +9,11 @@ namespace vantor::ui {
 
 class frame_window : public text_window {
  public:
-  frame_window(int kind, std::string title, layout_settings settings, int frame_index, std::string expression)
-      : text_window(kind, std::move(title), settings), frame_index_(frame_index), expression_(std::move(expression)) {}
+  frame_window(int kind, std::string title, layout_settings settings, int frame_index, std::string expression,
+               LayoutKind layout = LayoutKind::kFramed)
+      : text_window(kind, std::move(title), settings, layout),
+        frame_index_(frame_index),
+        expression_(std::move(expression)) {}
 
   int frame_index() const { return frame_index_; }
   const std::string& expression() const { return expression_; }

@@ -6,6 +6,7 @@
 // lets "dumpinfo" print a window that was never drawn.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -60,6 +61,10 @@ struct window_rows {
   }
 };
 
+// Fills a window whose contents another part of the debugger knows how to write: the
+// rows, and the status line ("" for none).
+using row_producer = std::function<void(window_rows& rows, std::string& status)>;
+
 // Command codes that a view posts to its window (keys and menu accelerators).
 enum WindowCommand : int {
   kCommandLineUp = 1,
@@ -81,6 +86,8 @@ class text_window {
 
   int kind() const { return kind_; }
   const std::string& title() const { return title_; }
+  // The text of the window's caption bar; the title unless the window says otherwise.
+  virtual std::string caption() const { return title_; }
   const std::string& status() const { return status_; }
   const layout_settings& settings() const { return settings_; }
   LayoutKind layout_kind() const { return layout_kind_; }
