@@ -6,11 +6,15 @@
 namespace vantor::ui {
 
 std::string subscripts_text(const std::vector<long long>& subscripts, bool fortran) {
-  std::string text;
-  for (long long s : subscripts) text += fortran ? std::to_string(s) + "," : "[" + std::to_string(s) + "]";
+  std::string text = fortran ? "(" : "";
+  for (long long s : subscripts) {
+    if (!fortran) text += '[';
+    text += std::to_string(s);
+    text += fortran ? ',' : ']';
+  }
   if (fortran) {
-    if (!text.empty()) text.pop_back();
-    text = "(" + text + ")";
+    if (!subscripts.empty()) text.pop_back();
+    text += ')';
   }
   return text;
 }
