@@ -34,6 +34,9 @@ class BreakpointHost {
   virtual os::ThreadContext& context() = 0;
   virtual bool store_context() = 0;
 
+  // Walks the call stack again from the thread's registers (read anew into context()); the
+  // stack it replaces becomes the previous one.
+  virtual void refresh_call_stack() = 0;
   // The current call stack: whether one exists, its depth (0 without one), and the stack
   // address that holds the return address of frame `index` (0 when unknown).
   virtual bool has_call_stack() = 0;

@@ -13,8 +13,9 @@ bool Stepping::watch_return(Address slot_address) {
 
 void Stepping::start_run(std::int32_t mode) {
   remembered_depth_ = host_.stack_depth();
-  remembered_stack_pointer_ = host_.context().rsp;
   breakpoints_.retry_deferred_breakpoints();
+  host_.refresh_call_stack();
+  remembered_stack_pointer_ = host_.context().rsp;
   breakpoints_.plant_breakpoints();
   // Before the first stop there is no context to program.
   if (!host_.has_call_stack()) return;

@@ -37,7 +37,9 @@ class Stepping {
   Stepping& operator=(const Stepping&) = delete;
 
   // Called by the run operation before the program is resumed; the line traps have
-  // already been armed or disarmed for the mode.
+  // already been armed or disarmed for the mode. Remembers where the step starts,
+  // resolves what deferred requests it can, walks the stack, plants the breakpoints, and
+  // programs the debug registers (step out adds its return watch) and the trap flag.
   void start_run(std::int32_t mode);
 
   // A breakpoint or single-step exception in `mode`, the call stack already refreshed.

@@ -72,6 +72,7 @@ TEST_F(SteppingTest, StartOfRunRemembersPlantsAndProgramsInOneStore) {
   run(kModeGo);
   EXPECT_EQ(stepping.remembered_depth(), 2);
   EXPECT_EQ(stepping.remembered_stack_pointer(), kCallerSp);
+  EXPECT_EQ(host.refreshes, 1);
   EXPECT_TRUE(list.deferred().empty());
   EXPECT_EQ(byte_at(kLine12), 0xCC);
   EXPECT_EQ(byte_at(kLine21), 0xCC);

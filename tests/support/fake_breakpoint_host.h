@@ -43,6 +43,7 @@ class FakeBreakpointHost : public BreakpointHost {
     ++stores;
     return target_.system.set_context(os::InMemorySystem::kThreadHandle, context_);
   }
+  void refresh_call_stack() override { ++refreshes; }
   bool has_call_stack() override { return depth > 0; }
   std::int32_t stack_depth() override { return depth; }
   Address return_slot(std::int32_t index) override {
@@ -66,6 +67,7 @@ class FakeBreakpointHost : public BreakpointHost {
   std::vector<Address> return_slots;  // by frame index, innermost first
   int stores = 0;
   int stack_restores = 0;
+  int refreshes = 0;
   std::map<std::string, std::optional<bool>> condition_values;
   std::vector<std::string> conditions_evaluated;
 
