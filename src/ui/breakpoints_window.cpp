@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "process/breakpoint_list.h"
 #include "ui/settings.h"
 #include "ui/window_kinds.h"
 
@@ -24,32 +25,41 @@ std::string breakpoint_row_text(const breakpoint_row& b) {
   return text.data();
 }
 
+std::vector<breakpoint_row> breakpoint_rows_of(const BreakpointList& list) {
+  std::vector<breakpoint_row> rows;
+  for (int i = 0; i < list.count(); ++i) {
+    const breakpoint_info& b = *list.breakpoint(i);
+    if (b.temporary) continue;
+    rows.push_back({b.id, b.is_data(), b.file, b.is_data() ? b.address : 0, b.line, b.after, b.every,
+                    static_cast<int>(b.hits), b.condition});
+  }
+  return rows;
+}
+
 breakpoints_window::breakpoints_window(lister list, deleter remove)
     : scrolling_window(kBreakpointsKind, "Breakpoints", layout_settings::consecutive(kBreakpointsWindowX)),
       list_(std::move(list)),
       remove_(std::move(remove)) {}
 
 void breakpoints_window::fill_rows(window_rows& rows) {
-  std::vector<breakpoint_row> breakpoints;
-  if (list_) breakpoints = list_();
-  has_header_ = !breakpoints.empty();
-  if (!has_header_) {
+  shown_ = list_ ? list_() : std::vector<breakpoint_row>();
+  if (shown_.empty()) {
     rows.add("No breakpoints");
     return;
   }
   rows.add(breakpoints_header());
-  for (const auto& breakpoint : breakpoints) rows.add(breakpoint_row_text(breakpoint));
+  for (const auto& breakpoint : shown_) rows.add(breakpoint_row_text(breakpoint));
 }
 
-int breakpoints_window::selected_breakpoint() const {
-  return has_header_ && selected_row() >= 1 ? selected_row() - 1 : -1;
+const breakpoint_row* breakpoints_window::selected_breakpoint() const {
+  int index = selected_row() - 1;  // below the header
+  return index >= 0 && index < static_cast<int>(shown_.size()) ? &shown_[static_cast<std::size_t>(index)] : nullptr;
 }
 
 bool breakpoints_window::handle_popup_choice(int choice) {
   if (choice != kPopupDeleteBreakpoint) return false;
-  int index = selected_breakpoint();
-  if (index >= 0 && remove_) {
-    remove_(index);
+  if (const breakpoint_row* selected = selected_breakpoint(); selected && remove_) {
+    remove_(selected->id);
     refresh();
   }
   return true;

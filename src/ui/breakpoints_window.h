@@ -8,14 +8,19 @@
 
 #include "ui/scrolling_window.h"
 
+namespace vantor {
+class BreakpointList;
+}
+
 namespace vantor::ui {
 
 // What the window shows of one breakpoint.
 struct breakpoint_row {
+  std::uint32_t id = 0;
   bool is_data = false;
   std::string file;           // code breakpoints
   std::uint64_t address = 0;  // data breakpoints
-  int line = 0;
+  int line = 0;               // a data breakpoint's hardware slot
   int after = 1;
   int every = 1;
   int hits = 0;
@@ -24,6 +29,9 @@ struct breakpoint_row {
 
 std::string breakpoints_header();
 std::string breakpoint_row_text(const breakpoint_row& breakpoint);
+// The user's breakpoints of the list, in list order; the ones the debugger made for
+// itself are not shown.
+std::vector<breakpoint_row> breakpoint_rows_of(const BreakpointList& list);
 
 // Popup choices.
 constexpr int kPopupDeleteBreakpoint = 1;
@@ -32,13 +40,13 @@ class breakpoints_window : public scrolling_window {
  public:
   // The breakpoints of the process, in list order; the breakpoint part supplies it.
   using lister = std::function<std::vector<breakpoint_row>()>;
-  // Deletes the breakpoint at that position of the list.
-  using deleter = std::function<void(int index)>;
+  // Deletes the breakpoint with that id.
+  using deleter = std::function<void(std::uint32_t id)>;
 
   breakpoints_window(lister list, deleter remove);
 
-  // The list position of the selected row's breakpoint; -1 for the header or nothing.
-  int selected_breakpoint() const;
+  // The selected row's breakpoint; null for the header or nothing.
+  const breakpoint_row* selected_breakpoint() const;
   bool handle_popup_choice(int choice) override;
 
  protected:
@@ -47,7 +55,7 @@ class breakpoints_window : public scrolling_window {
  private:
   lister list_;
   deleter remove_;
-  bool has_header_ = false;
+  std::vector<breakpoint_row> shown_;
 };
 
 }  // namespace vantor::ui

@@ -2,6 +2,8 @@
 // producers report, their empty forms, and the actions that change their contents.
 #include <gtest/gtest.h>
 
+#include "process/breakpoint_list.h"
+#include "support/fake_breakpoint_host.h"
 #include "support/fake_target.h"
 #include "support/fake_window_library.h"
 #include "ui/array_window.h"
@@ -28,37 +30,41 @@ class DataWindowsTest : public ::testing::Test {
   testing::FakeWindowLibrary library;
 };
 
-TEST_F(DataWindowsTest, BreakpointRowsLineUpUnderTheHeader) {
-  std::vector<breakpoint_row> list = {
-      {false, "C:\\src\\prog.f95", 0, 12, 3, 2, 1, "i > 4"},
-      {true, "", 0x7ffe0010, 0, 1, 1, 0, "total"},
-  };
-  std::vector<int> deleted;
-  breakpoints_window window([&] { return list; }, [&](int index) {
-    deleted.push_back(index);
-    list.erase(list.begin() + index);
-  });
+TEST_F(DataWindowsTest, BreakpointRowsLineUpUnderTheHeaderAndDeleteByRow) {
+  testing::FakeBreakpointHost host{target};
+  host.add_line("C:\\src\\prog.f95", 12, 0x401010);
+  host.add_line("C:\\src\\prog.f95", 20, 0x401040);
+  HardwareSlots slots;
+  BreakpointList list{host, slots};
+  breakpoints_window window([&] { return breakpoint_rows_of(list); }, [&](std::uint32_t id) { list.remove_breakpoint(id); });
+  window.refresh();
+  EXPECT_EQ(window.contents_text(), "Breakpoints\nNo breakpoints\n");
+
+  list.set_breakpoint("C:\\src\\prog.f95", 12, 3, 2, "i > 4");
+  list.set_hardware_slot(kAccessWrite, kSlotDataBreakpoint, 0x7ffe0010, 4);
+  list.add_breakpoint(0x401040, 1, 1, "", "C:\\src\\prog.f95", 20, true);  // the debugger's own
   window.refresh();
   EXPECT_EQ(window.contents_text(),
             "Breakpoints\n"
             "File                               Line No   After   Every    Hits  Expression\n"
-            "C:\\src\\prog.f95                         12       3       2       1  i > 4\n"
-            "Data @0x7ffe0010                         0       1       1       0  total\n");
+            "Data @0x7ffe0010                         0       0       0       0  \n"
+            "C:\\src\\prog.f95                         12       3       2       0  i > 4\n");
   std::size_t counts = window.rows()[0].find("Line No") + 7;  // the line column ends here
-  EXPECT_EQ(window.rows()[1].find("12") + 2, counts);
-  EXPECT_EQ(window.rows()[2].find(" 0 ") + 2, counts);
+  EXPECT_EQ(window.rows()[2].find("12") + 2, counts);
+  EXPECT_EQ(window.rows()[1].find(" 0 ") + 2, counts);
 
   window.select_row(0);  // the header deletes nothing
   window.handle_popup_choice(kPopupDeleteBreakpoint);
-  EXPECT_TRUE(deleted.empty());
+  EXPECT_EQ(list.count(), 3);
   window.select_row(2);
   window.handle_popup_choice(kPopupDeleteBreakpoint);
-  EXPECT_EQ(deleted, std::vector<int>{1});
+  EXPECT_EQ(list.count(), 2);
+  EXPECT_EQ(window.rows()[1].substr(0, 8), "Data @0x") << "the code breakpoint went";
   window.select_row(1);
   window.handle_popup_choice(kPopupDeleteBreakpoint);
   EXPECT_EQ(window.rows(), std::vector<std::string>{"No breakpoints"});
-  window.select_row(0);
-  EXPECT_EQ(window.selected_breakpoint(), -1);
+  EXPECT_EQ(list.count(), 1) << "the temporary breakpoint stays";
+  EXPECT_EQ(window.selected_breakpoint(), nullptr);
 }
 
 TEST_F(DataWindowsTest, VariablesAreSortedFilteredAndSavedAsNameEqualsValue) {
