@@ -256,8 +256,9 @@ std::int32_t value_int32(const element& e, TargetMemory& memory) {
 
 std::int64_t value_int64(const element& e, TargetMemory& memory) {
   if (e.type == kTypeArray) return static_cast<std::int64_t>(e.address);
-  if (e.type == kTypeInteger8 || e.type == kTypeUnsigned8 || e.type == kTypePointer8 || e.type == kTypeLogical8) {
-    if (e.bit_count == 0 || e.type == kTypePointer8) {
+  if (e.type == kTypeInteger8 || e.type == kTypeUnsigned8 || e.type == kTypePointer8 || e.type == kTypeLogical8 ||
+      e.type == kTypeReference) {
+    if (e.bit_count == 0 || e.type == kTypePointer8 || e.type == kTypeReference) {
       ScalarBytes v = fetch_scalar(e, memory, "size < 20");
       return load<std::int64_t>(v.bytes);
     }
