@@ -312,14 +312,6 @@ std::unique_ptr<element> comparison(std::int32_t code, const element& left, cons
   return truth_value(compare(code, x, y), c.language);
 }
 
-// The truth of a value for the logical operators; false in `ok` when it has none.
-bool truth_of(const element& e, TargetMemory& memory, bool& ok) {
-  ok = true;
-  if (is_integer_like(e.type) || e.type == kTypePointer8) return value_int64(e, memory) != 0;
-  if (is_real_type(e.type) || is_complex_type(e.type)) return complex_of(e, memory) != 0.0;
-  ok = false;
-  return false;
-}
 
 bool needs_integers(std::int32_t code) {
   return code == kOpRemainder || code == kOpBitAnd || code == kOpBitOr || code == kOpBitXor ||
@@ -356,6 +348,14 @@ std::unique_ptr<element> truth_value(bool value, std::int32_t language) {
   auto e = make_element(0, language);
   set_integer_constant(*e, value ? 1 : 0, is_fortran_language(language) ? kTypeLogical4 : kTypeInteger4);
   return e;
+}
+
+bool truth_of(const element& e, TargetMemory& memory, bool& ok) {
+  ok = true;
+  if (is_integer_like(e.type) || e.type == kTypePointer8) return value_int64(e, memory) != 0;
+  if (is_real_type(e.type) || is_complex_type(e.type)) return complex_of(e, memory) != 0.0;
+  ok = false;
+  return false;
 }
 
 std::unique_ptr<element> object_at(const element& e, Address address) {

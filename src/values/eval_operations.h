@@ -26,6 +26,9 @@ struct OperationContext {
 
 // LOGICAL*4 in a Fortran scope, INTEGER*4 elsewhere, holding 1 or 0.
 std::unique_ptr<element> truth_value(bool value, std::int32_t language);
+// The truth of a value, for the logical operators and breakpoint conditions: numbers and
+// pointers are true when not zero. `ok` is false for a value that has no truth.
+bool truth_of(const element& e, TargetMemory& memory, bool& ok);
 
 // Unary operators: negate, bitwise not, logical not, dereference, address-of.
 std::unique_ptr<element> apply_unary(std::int32_t code, const element& operand, const OperationContext& context);
