@@ -2,9 +2,11 @@
 NATIVE := build/native
 WIN64  := build/win64
 BENCH  := build/bench
+FUZZ   := build/fuzz
+FUZZ_SECONDS ?= 60
 JOBS   ?= $(shell nproc)
 
-.PHONY: build native win64 test unit demo bench deps prefix clean
+.PHONY: build native win64 test unit demo bench fuzz deps prefix clean
 
 build: deps native win64
 
@@ -36,6 +38,17 @@ demo: build prefix
 bench: deps
 	@cmake -S . -B $(BENCH) -G Ninja -DCMAKE_BUILD_TYPE=Release -DVANTOR_SANITIZE=OFF -DVANTOR_BENCH=ON >/dev/null
 	@cmake --build $(BENCH) -j $(JOBS)
+
+# Each fuzz target runs FUZZ_SECONDS from its kept corpus (build/fuzz/corpus/NAME).
+fuzz: deps
+	@cmake -S . -B $(FUZZ) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+	      -DVANTOR_FUZZ=ON >/dev/null
+	@cmake --build $(FUZZ) -j $(JOBS)
+	@for target in $(FUZZ)/tests/fuzz/*_fuzz; do \
+	  name=$$(basename $$target); mkdir -p $(FUZZ)/corpus/$$name; \
+	  seeds=tests/fuzz/seeds/$$name; [ -d $$seeds ] || seeds=; \
+	  $$target -max_total_time=$(FUZZ_SECONDS) -timeout=10 -print_final_stats=1 $(FUZZ)/corpus/$$name $$seeds || exit 1; \
+	done
 
 clean:
 	rm -rf build

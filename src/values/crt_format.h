@@ -11,9 +11,18 @@
 #include <cstdarg>
 #include <string>
 
+// The conversions checked are those of the C standard, whatever the target's own printf.
+#if defined(__clang__)
+#define VANTOR_PRINTF_FORMAT(format_index, first_argument) \
+  __attribute__((format(printf, format_index, first_argument)))
+#else
+#define VANTOR_PRINTF_FORMAT(format_index, first_argument) \
+  __attribute__((format(gnu_printf, format_index, first_argument)))
+#endif
+
 namespace vantor {
 
-std::string crt_format(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)));
+std::string crt_format(const char* format, ...) VANTOR_PRINTF_FORMAT(1, 2);
 std::string crt_vformat(const char* format, std::va_list arguments);
 
 }  // namespace vantor

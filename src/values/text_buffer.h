@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "values/crt_format.h"
+
 namespace vantor {
 
 class TextBuffer {
@@ -20,7 +22,7 @@ class TextBuffer {
   TextBuffer& operator=(const TextBuffer&) = delete;
 
   void append(std::string_view piece);
-  void append_format(const char* format, ...) __attribute__((format(gnu_printf, 2, 3)));
+  void append_format(const char* format, ...) VANTOR_PRINTF_FORMAT(2, 3);
 
   std::size_t capacity() const { return capacity_; }
   bool full() const { return capacity_ == 0; }

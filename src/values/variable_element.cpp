@@ -13,6 +13,10 @@ namespace {
 
 constexpr std::uint32_t kAddressTypeRelative = 0;
 constexpr std::uint32_t kAddressTypeConstant = 4;
+// Frame slots of POINTER and ALLOCATABLE variables: their address is already the data's,
+// read from the slot by the frame.
+constexpr std::uint32_t kAddressTypeFramePointer = 11;
+constexpr std::uint32_t kAddressTypeHostPointer = 12;
 constexpr std::uint64_t kNeverAssignedSlot = 0x8080808080808080ull;
 
 class FrameLocator : public VariableLocator {
@@ -140,18 +144,26 @@ std::unique_ptr<element> element_from_record(const VariableRecord& record, Varia
     e->address = where.address;
     std::uint32_t attributes = record.attributes();
     if (attributes & (kAttributePointer | kAttributeAllocatable)) {
-      std::uint64_t slot = 0;
-      if (memory.read(where.address, &slot, 8) != 8) return make_error_element(kErrorIllegalPointer, lang_code);
-      if (slot == 0 || slot == kNeverAssignedSlot)
+      std::uint64_t data = where.address;
+      bool slot_read = record.address_type() == kAddressTypeFramePointer ||
+                       record.address_type() == kAddressTypeHostPointer;
+      if (!slot_read && memory.read(where.address, &data, 8) != 8)
+        return make_error_element(kErrorIllegalPointer, lang_code);
+      if (data == 0 || data == kNeverAssignedSlot)
         return make_error_element((attributes & kAttributePointer) ? kErrorPointerNotAssigned : kErrorNotAllocated,
                                   lang_code);
-      e->address = slot;
+      e->address = data;
     }
   }
 
   if (is_array) {
     BoundReader reader{locator, memory, record, where.base, held};
     std::int64_t count = 0;
+    // A constant array's size counts all its bytes; one element is its first stride.
+    if (held && record.array->rank > 0) {
+      const ArrayBound& stride = record.array->dimensions[0].stride();
+      if (stride.kind == kBoundConstant && stride.value > 0) e->next->size = stride.value;
+    }
     if (!fill_bounds(*e->array, *record.array, e->next->size, reader, count))
       return make_error_element(kErrorIllegalPointer, lang_code);
     if (count >= 0) e->size = e->next->size * count;

@@ -1,16 +1,15 @@
-// Elements of named variables and of structure components, made from their debug records.
-//
-// How the records are read (the test compiler writes them this way):
+// Elements of named variables and of structure components, made from their debug records
+// as docs/debug-format.md lays them out:
 // - the debug type code becomes the element type through element_type_from_debug_type;
-// - `size` is the size of one value: the declared length for CHARACTER, the size of one
-//   element for an array;
+// - `size` is the size of one value (the declared length for CHARACTER, one element of an
+//   array), except for a constant, whose size counts all its bytes;
 // - an array descriptor gives, per dimension, the lower bound, the extent and the distance
 //   in bytes between neighbours (0: the dense column-major distance is used); the upper
-//   bound is lower + extent - 1, so an extent of 0 is an empty dimension and an assumed-size
-//   last dimension carries the extent 0x80000000. A variable bound is an 8-byte integer at
-//   the address its kind gives, relative to the variable's base;
-// - a POINTER or ALLOCATABLE variable's address is the slot holding its data's address: 0
-//   there (or the never-assigned fill 0x80) means not associated / not allocated;
+//   bound is lower + extent - 1, so an extent of 0 is an empty dimension. A variable bound
+//   is an 8-byte integer at the address its kind gives, relative to the variable's base;
+// - a POINTER or ALLOCATABLE variable's address is the slot holding its data's address,
+//   except for address types 11 and 12, which the frame has already read through; a data
+//   address of 0 (or the never-assigned fill 0x80) means not associated / not allocated;
 // - address type 4 is a constant: its bytes come with the record;
 // - a component's address value is its offset in the structure (address type 0).
 #pragma once

@@ -25,6 +25,13 @@ class FakeFrame : public StackFrame {
     switch (address_type) {
       case 0: where.address = where.base = base + value; break;
       case 1: where.address = where.base = frame_base + value; break;
+      case 11: {
+        std::uint64_t data = 0;
+        process->read(frame_base + value, &data, 8);
+        where.address = data;
+        where.base = frame_base + value;
+        break;
+      }
       case 8: where.error = 38; break;
       default: where.error = 34; break;
     }
@@ -156,8 +163,9 @@ TEST_F(VariableElementTest, ConstantsHoldTheirBytes) {
   EXPECT_NE(t->flags & kElementHeapValue, 0);
   EXPECT_EQ(std::string(reinterpret_cast<const char*>(constant_bytes(*t)), 24), text);
 
-  auto table = record("PRIMES", kDebugInteger4, 4, 0, 4);
-  add_dimension(*table, constant(1), constant(3));
+  // A constant array's size counts all its bytes; its first stride is one element.
+  auto table = record("PRIMES", kDebugInteger4, 4, 0, 12);
+  add_dimension(*table, constant(1), constant(3), constant(4));
   std::int32_t primes[3] = {2, 3, 5};
   table->constant_value.resize(12);
   std::memcpy(table->constant_value.data(), primes, 12);
@@ -165,6 +173,34 @@ TEST_F(VariableElementTest, ConstantsHoldTheirBytes) {
   EXPECT_TRUE(p->is_constant());
   EXPECT_EQ(p->size, 12);
   EXPECT_EQ(p->array->last_element[0], 3);
+  EXPECT_EQ(p->next->size, 4);
+}
+
+TEST_F(VariableElementTest, FrameSlotsAreReadOnceAndOtherSlotsByTheReader) {
+  // Address type 11: the frame has read the slot; its value is the data's address.
+  target.system.poke_value<std::uint64_t>(kBase + 0x50, 0x92000);
+  target.system.poke_value<std::uint64_t>(0x92000, 0x1234);  // data that looks like an address
+  auto local = record("PL", kDebugInteger8, 11, 0x50, 8, kAttributePointer);
+  auto e = make_variable_element(frame, *local);
+  ASSERT_EQ(e->error_code, 0);
+  EXPECT_EQ(e->address, 0x92000u);
+  target.system.poke_value<std::uint64_t>(kBase + 0x50, 0);
+  EXPECT_EQ(make_variable_element(frame, *local)->error_code, kErrorPointerNotAssigned);
+  auto allocatable = record("AL", kDebugReal8, 11, 0x50, 8, kAttributeAllocatable);
+  add_dimension(*allocatable, {1, 0x58}, {1, 0x60}, {1, 0x68});
+  EXPECT_EQ(make_variable_element(frame, *allocatable)->error_code, kErrorNotAllocated);
+
+  // Allocated: the bounds follow the slot in the frame.
+  target.system.poke_value<std::uint64_t>(kBase + 0x50, 0x93000);
+  target.system.poke_value<std::int64_t>(kBase + 0x58, 2);
+  target.system.poke_value<std::int64_t>(kBase + 0x60, 4);
+  target.system.poke_value<std::int64_t>(kBase + 0x68, 8);
+  auto allocated = make_variable_element(frame, *allocatable);
+  ASSERT_EQ(allocated->error_code, 0);
+  EXPECT_EQ(allocated->address, 0x93000u);
+  EXPECT_EQ(allocated->array->first_element[0], 2);
+  EXPECT_EQ(allocated->array->last_element[0], 5);
+  EXPECT_EQ(allocated->size, 32);
 }
 
 TEST_F(VariableElementTest, DerivedTypeComponentsAtTheirOffsets) {
