@@ -571,6 +571,16 @@ std::int64_t RoutineCompiler::max_length(const Expr& e) {
       return c && c->type.base == BaseType::kCharacter ? c->type.len : -1;
     }
     case ExprKind::kApply: {
+      if (e.args.size() == 1 && e.args[0] && e.args[0]->kind == ExprKind::kRange && e.args[0]->args[1]) {
+        // A substring with constant bounds has a known length even in a CHARACTER(*).
+        ConstValue lo, hi;
+        bool lo_known = !e.args[0]->args[0] || (is_constant_expr(*e.args[0]->args[0], scope_) &&
+                                                 try_eval_constant(*e.args[0]->args[0], scope_, &lo));
+        if (!e.args[0]->args[0]) lo.i = 1;
+        if (lo_known && is_constant_expr(*e.args[0]->args[1], scope_) &&
+            try_eval_constant(*e.args[0]->args[1], scope_, &hi))
+          return std::max<std::int64_t>(hi.i - lo.i + 1, 0);
+      }
       if (e.base->kind == ExprKind::kName) {
         const std::string& n = e.base->text;
         Symbol* s = scope_.lookup(n);
@@ -587,23 +597,36 @@ std::int64_t RoutineCompiler::max_length(const Expr& e) {
 
 Type RoutineCompiler::concatenate(const Expr& e) {
   std::int64_t total = max_length(e);
-  if (total < 0) fail(e.pos, "// needs operands of known length (not CHARACTER(*))");
   Type lt = value(*e.args[0]);
   if (lt.base != BaseType::kCharacter) fail(e.pos, "// needs CHARACTER operands");
   std::int64_t tl = alloc_temp(16);
   spill(lt, tl);
   Type rt = value(*e.args[1]);
   if (rt.base != BaseType::kCharacter) fail(e.pos, "// needs CHARACTER operands");
-  std::int64_t buf = alloc_temp(total);
-  emit("mov r9, rax");
-  emit("mov qword ptr [rsp+32], rdx");
-  emit("lea rcx, " + temp_mem(buf));
+  std::int64_t tr = alloc_temp(16);
+  spill(rt, tr);
+  std::int64_t buf = -1, out = alloc_temp(8);
+  if (total >= 0) {
+    buf = alloc_temp(total);
+    emit("lea rax, " + temp_mem(buf));
+  } else {
+    // An operand of unknown length (a CHARACTER(*) dummy): the result goes to the run-time
+    // library's scratch ring, which lives long enough for one statement.
+    emit("mov rcx, qword ptr " + temp_mem(tl, 8));
+    emit("add rcx, qword ptr " + temp_mem(tr, 8));
+    emit("call __f95_scratch");
+  }
+  emit("mov qword ptr " + temp_mem(out) + ", rax");
+  emit("mov rcx, rax");
+  emit("mov r9, qword ptr " + temp_mem(tr));
+  emit("mov rax, qword ptr " + temp_mem(tr, 8));
+  emit("mov qword ptr [rsp+32], rax");
   emit("mov rdx, qword ptr " + temp_mem(tl));
   emit("mov r8, qword ptr " + temp_mem(tl, 8));
   emit("call __f95_concatenate");
   emit("mov rdx, rax");
-  emit("lea rax, " + temp_mem(buf));
-  return character_type(total);
+  emit("mov rax, qword ptr " + temp_mem(out));
+  return character_type(total >= 0 ? total : Type::kAssumedLength);
 }
 
 // ---- designators ----

@@ -32,6 +32,11 @@ Type RoutineCompiler::intrinsic(const Expr& e, const std::string& f) {
     else if (e.keywords[i] == "dim") dim_arg = args[i].get();
     else pos.push_back(args[i].get());
   }
+  // The kind may also be the last positional argument: INT(x, 8), CMPLX(x, y, 8).
+  if (!kind_arg && ((pos.size() == 2 && (f == "int" || f == "nint" || f == "real")) || (pos.size() == 3 && f == "cmplx"))) {
+    kind_arg = pos.back();
+    pos.pop_back();
+  }
   auto need = [&](size_t lo, size_t hi) {
     if (pos.size() < lo || pos.size() > hi)
       fail(e.pos, "wrong number of arguments to " + f);

@@ -111,9 +111,16 @@ int main(int argc, char** argv) {
       files.push_back(parse_source(path, ss.str()));
     }
     Compilation comp(opts);
+    Toolchain tools(opts);
+    std::string error;
+    std::vector<std::string> c_names;
+    if (!tools.compile_c_files(&c_names, &error)) {
+      std::fprintf(stderr, "f95mini: error: %s\n", error.c_str());
+      return 1;
+    }
+    comp.provided_externals.insert(c_names.begin(), c_names.end());
     for (const auto& dll : opts.link_dlls) {
       PeFile pe;
-      std::string error;
       if (!pe.load(dll, &error)) {
         std::fprintf(stderr, "f95mini: error: %s\n", error.c_str());
         return 1;
@@ -121,8 +128,7 @@ int main(int argc, char** argv) {
       for (const auto& name : pe.export_names()) comp.provided_externals.insert(name);
     }
     std::string asm_text = compile_program(comp, files);
-    std::string error;
-    if (!build_image(opts, asm_text, &error)) {
+    if (!tools.link(asm_text, &error)) {
       std::fprintf(stderr, "f95mini: error: %s\n", error.c_str());
       return 1;
     }

@@ -83,16 +83,14 @@ std::string compile_program(Compilation& comp, const std::vector<SourceFile>& fi
 
   std::string out;
   out += "\t.intel_syntax noprefix\n\t.text\n";
-  // Routines called but defined nowhere in this run get a weak default that a definition
-  // from a C file overrides at link time; routines exported by a linked DLL need none.
-  // The defaults come before every call: a call assembled before the weak definition
-  // would carry the default's offset into the linked address.
+  // Routines called but defined nowhere (not by this run, a C file or a linked DLL) get
+  // a stub that raises the missing-routine error.
   std::vector<MapEntryText> stubs;
   for (const std::string& name : comp.referenced_externals) {
     if (comp.defined_externals.count(name) || comp.provided_externals.count(name)) continue;
     std::string start = comp.new_label(".Lstub"), last = comp.new_label(".Llast");
     std::string text = comp.string_literal(name, true);
-    out += "\t.weak " + name + "\n\t.globl " + name + "\n" + name + ":\n" + start + ":\n";
+    out += name + ":\n" + start + ":\n";
     out += "\tsub rsp, 40\n\tmov ecx, " + std::to_string(kRuntimeErrorMissingRoutine) + "\n";
     out += "\tlea rdx, [rip+" + text + "]\n\tint 9\n\tadd rsp, 40\n" + last + ":\n\tret\n";
     stubs.push_back({"__missing_" + name, start, last, ""});

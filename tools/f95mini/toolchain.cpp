@@ -6,8 +6,10 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "f95mini/pe_file.h"
 
@@ -18,6 +20,8 @@ namespace f95mini {
 #ifndef F95MINI_RUNTIME_DIR
 #define F95MINI_RUNTIME_DIR ""
 #endif
+
+namespace fs = std::filesystem;
 
 std::string runtime_directory() {
   if (const char* dir = std::getenv("F95MINI_RUNTIME")) return dir;
@@ -35,71 +39,110 @@ int run_program(const std::vector<std::string>& argv) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-bool build_image(const Options& opts, const std::string& asm_text, std::string* error) {
-  namespace fs = std::filesystem;
-  fs::path out = opts.output;
-  std::string stem = out.string();
-  if (out.has_extension()) stem = (out.parent_path() / out.stem()).string();
-  std::string asm_path = stem + ".s";
+std::vector<std::string> coff_defined_symbols(const std::string& path) {
+  std::vector<std::string> names;
+  std::ifstream in(path, std::ios::binary);
+  std::vector<std::uint8_t> b{std::istreambuf_iterator<char>(in), {}};
+  auto u32 = [&](std::size_t at) -> std::uint32_t {
+    return at + 4 <= b.size() ? static_cast<std::uint32_t>(b[at] | b[at + 1] << 8 | b[at + 2] << 16) | static_cast<std::uint32_t>(b[at + 3]) << 24 : 0;
+  };
+  if (b.size() < 20) return names;
+  std::uint32_t table = u32(8), count = u32(12);
+  std::size_t strings = table + 18ull * count;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    std::size_t at = table + 18ull * i;
+    if (at + 18 > b.size()) break;
+    std::int16_t section = static_cast<std::int16_t>(b[at + 12] | b[at + 13] << 8);
+    std::uint8_t storage = b[at + 16], aux = b[at + 17];
+    if (section > 0 && storage == 2) {
+      std::string name;
+      if (u32(at) == 0) {
+        for (std::size_t k = strings + u32(at + 4); k < b.size() && b[k]; ++k) name += static_cast<char>(b[k]);
+      } else {
+        for (int k = 0; k < 8 && b[at + k]; ++k) name += static_cast<char>(b[at + k]);
+      }
+      names.push_back(name);
+    }
+    i += aux;
+  }
+  return names;
+}
+
+Toolchain::Toolchain(const Options& opts) : opts_(opts) {
   char tmpl[] = "/tmp/f95mini.XXXXXX";
-  if (!mkdtemp(tmpl)) {
+  if (mkdtemp(tmpl)) tmp_ = tmpl;
+}
+
+Toolchain::~Toolchain() {
+  if (!tmp_.empty()) {
+    std::error_code ec;
+    fs::remove_all(tmp_, ec);
+  }
+}
+
+bool Toolchain::compile_c_files(std::vector<std::string>* defined, std::string* error) {
+  if (tmp_.empty()) {
     *error = "cannot make a temporary directory";
     return false;
   }
-  fs::path tmp = tmpl;
-  std::string asm_file = opts.keep_asm ? asm_path : (tmp / "program.s").string();
+  int n = 0;
+  for (const auto& c : opts_.c_files) {
+    std::string obj = (fs::path(tmp_) / ("c" + std::to_string(n++) + ".o")).string();
+    if (run_program({"x86_64-w64-mingw32-gcc-posix", "-c", "-O1", "-Wall", "-o", obj, c}) != 0) {
+      *error = "the C compiler failed on " + c;
+      return false;
+    }
+    c_objects_.push_back(obj);
+    for (const auto& s : coff_defined_symbols(obj)) defined->push_back(s);
+  }
+  return true;
+}
+
+bool Toolchain::link(const std::string& asm_text, std::string* error) {
+  if (tmp_.empty()) {
+    *error = "cannot make a temporary directory";
+    return false;
+  }
+  fs::path out = opts_.output;
+  std::string asm_file = (fs::path(tmp_) / "program.s").string();
+  if (opts_.keep_asm) asm_file = (out.parent_path() / out.stem()).string() + ".s";
   {
     std::ofstream a(asm_file, std::ios::binary);
     a << asm_text;
     if (!a) {
       *error = "cannot write " + asm_file;
-      fs::remove_all(tmp);
       return false;
     }
   }
-  auto cleanup = [&]() { fs::remove_all(tmp); };
-  std::string obj = (tmp / "program.o").string();
+  std::string obj = (fs::path(tmp_) / "program.o").string();
   if (run_program({"x86_64-w64-mingw32-as", "-o", obj, asm_file}) != 0) {
     *error = "the assembler failed on " + asm_file;
-    cleanup();
     return false;
   }
-  std::vector<std::string> link = {"x86_64-w64-mingw32-gcc-posix", "-o", opts.output, obj};
-  int n = 0;
-  for (const auto& c : opts.c_files) {
-    std::string cobj = (tmp / ("c" + std::to_string(n++) + ".o")).string();
-    if (run_program({"x86_64-w64-mingw32-gcc-posix", "-c", "-O1", "-Wall", "-o", cobj, c}) != 0) {
-      *error = "the C compiler failed on " + c;
-      cleanup();
-      return false;
-    }
-    link.push_back(cobj);
-  }
-  for (const auto& d : opts.link_dlls) link.push_back(d);
   std::string rt = runtime_directory();
   if (rt.empty() || !fs::exists(fs::path(rt) / "libf95rt.a")) {
     *error = "the run-time library libf95rt.a is not in '" + rt + "' (run make win64, or set F95MINI_RUNTIME)";
-    cleanup();
     return false;
   }
-  link.push_back("-L" + rt);
-  link.push_back("-lf95rt");
-  if (opts.dll) link.push_back("-shared");
-  link.push_back("-Wl,--stack,16777216");
-  link.push_back("-static-libgcc");
-  if (run_program(link) != 0) {
-    *error = "linking " + opts.output + " failed";
-    cleanup();
+  std::vector<std::string> cmd = {"x86_64-w64-mingw32-gcc-posix", "-o", opts_.output, obj};
+  cmd.insert(cmd.end(), c_objects_.begin(), c_objects_.end());
+  cmd.insert(cmd.end(), opts_.link_dlls.begin(), opts_.link_dlls.end());
+  cmd.push_back("-L" + rt);
+  cmd.push_back("-lf95rt");
+  if (opts_.dll) cmd.push_back("-shared");
+  cmd.push_back("-Wl,--stack,16777216");
+  cmd.push_back("-static-libgcc");
+  if (run_program(cmd) != 0) {
+    *error = "linking " + opts_.output + " failed";
     return false;
   }
-  cleanup();
 
   std::uint32_t word = 0;
-  if (opts.map_offset) {
-    word = static_cast<std::uint32_t>(*opts.map_offset);
-  } else if (!opts.no_map) {
+  if (opts_.map_offset) {
+    word = static_cast<std::uint32_t>(*opts_.map_offset);
+  } else if (!opts_.no_map) {
     PeFile pe;
-    if (!pe.load(opts.output, error)) return false;
+    if (!pe.load(opts_.output, error)) return false;
     const PeSection* s = pe.section(".f95dbg");
     if (!s) {
       *error = "the linked image has no routine map";
@@ -107,7 +150,7 @@ bool build_image(const Options& opts, const std::string& asm_text, std::string* 
     }
     word = s->virtual_address;
   }
-  if (word && !write_map_word(opts.output, word, error)) return false;
+  if (word && !write_map_word(opts_.output, word, error)) return false;
   return true;
 }
 

@@ -25,6 +25,7 @@ void __f95_assign_string(char* dst, long long dst_len, const char* src, long lon
 int __f95_compare_strings(const char* a, long long a_len, const char* b, long long b_len);
 long long __f95_concatenate(char* out, const char* a, long long a_len, const char* b, long long b_len);
 long long __f95_trimmed_length(const char* p, long long len);
+char* __f95_scratch(long long bytes);
 
 void* __f95_allocate(long long bytes, int undefined);
 void __f95_release(void* p);

@@ -46,7 +46,13 @@ static void item(const char* text) {
 
 static void format_real(char* buf, size_t size, double v, int digits) {
   snprintf(buf, size, "%.*G", digits, v);
-  if (!strpbrk(buf, ".EN")) strncat(buf, ".0", size - strlen(buf) - 1);
+  if (strchr(buf, '.') || strchr(buf, 'N')) return; /* has a point, or INF / NAN */
+  char* e = strchr(buf, 'E');
+  size_t at = e ? (size_t)(e - buf) : strlen(buf);
+  if (strlen(buf) + 3 > size) return;
+  memmove(buf + at + 2, buf + at, strlen(buf) - at + 1);
+  buf[at] = '.';
+  buf[at + 1] = '0';
 }
 
 void __f95_print_integer(long long v) {

@@ -33,3 +33,17 @@ long long __f95_trimmed_length(const char* p, long long len) {
   while (len > 0 && p[len - 1] == ' ') --len;
   return len;
 }
+
+/* Concatenations whose length is known only at run time are built here. The ring is
+   large enough for the operands of any one statement of the test programs. */
+static char scratch[1 << 20];
+static size_t scratch_used;
+
+char* __f95_scratch(long long bytes) {
+  size_t n = bytes > 0 ? (size_t)bytes : 1;
+  if (n > sizeof scratch) return NULL;
+  if (scratch_used + n > sizeof scratch) scratch_used = 0;
+  char* p = scratch + scratch_used;
+  scratch_used += (n + 15) & ~(size_t)15;
+  return p;
+}
