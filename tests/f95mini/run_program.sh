@@ -6,6 +6,7 @@
 #   NAME.flags     extra f95mini options (paths relative to SOURCE_DIR are resolved)
 #   NAME.dll.f95   built first with --dll into NAME_lib.dll and linked with --link
 #   NAME.status    the expected exit status (default 0)
+#   NAME.require   address types (e.g. 1,3,7) that the image's variable records must use
 set -u
 f95mini=$1 f95check=$2 src=$3 work=$4 name=$5
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -27,9 +28,12 @@ if [ -f "$src/$name.dll.f95" ]; then
 fi
 "$f95mini" "${flags[@]}" "$src/$name.f95" -o "$name.exe" || { echo "FAIL: compiling $name.f95"; exit 1; }
 images+=("$name.exe")
-"$f95check" "${images[@]}" || { echo "FAIL: debug tables"; exit 1; }
+check=()
+[ -f "$src/$name.require" ] && check=(--require-address-types "$(cat "$src/$name.require")")
+"$f95check" "${check[@]}" "${images[@]}" || { echo "FAIL: debug tables"; exit 1; }
 
-"$root/scripts/wine-run" "./$name.exe" > actual.raw 2> wine.err
+# Console programs need no display: an unreachable one spares starting a virtual X server.
+DISPLAY=:f95mini-none "$root/scripts/wine-run" "./$name.exe" > actual.raw 2> wine.err
 status=$?
 tr -d '\r' < actual.raw > actual.txt
 want_status=0

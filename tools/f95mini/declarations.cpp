@@ -27,13 +27,19 @@ void check_link_name(const std::string& name, const SourcePos& pos) {
   for (char& c : n) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   for (const char* r : kReservedNames)
     if (n == r) fail(pos, "the name '" + name + "' is reserved for external routines");
-  if (n.size() > 1 && (n[0] == 'r' || n[0] == 'x' || n[0] == 'e' || n[0] == 'k')) {
-    bool digits = true;
-    size_t i = (n.rfind("xmm", 0) == 0 || n.rfind("ymm", 0) == 0) ? 3 : 1;
-    for (size_t j = i; j < n.size(); ++j)
-      if (!std::isdigit(static_cast<unsigned char>(n[j])) && !(j + 1 == n.size() && (n[j] == 'd' || n[j] == 'w' || n[j] == 'b')))
-        digits = false;
-    if (digits && i < n.size()) fail(pos, "the name '" + name + "' is reserved for external routines");
+  // Numbered registers: r8-r15 (with b/w/d), xmm0-xmm15, ymm0-ymm15.
+  static const char* const prefixes[] = {"r", "xmm", "ymm"};
+  for (const char* p : prefixes) {
+    std::string pre = p;
+    if (n.rfind(pre, 0) != 0 || n.size() == pre.size()) continue;
+    std::string rest = n.substr(pre.size());
+    if (pre == "r" && !rest.empty() && (rest.back() == 'b' || rest.back() == 'w' || rest.back() == 'd')) rest.pop_back();
+    if (rest.empty() || rest.size() > 2 || !std::all_of(rest.begin(), rest.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)); }))
+      continue;
+    if (rest.size() == 2 && rest[0] == '0') continue;
+    int number = std::stoi(rest);
+    if ((pre == "r" && number >= 8 && number <= 15) || (pre != "r" && number <= 15))
+      fail(pos, "the name '" + name + "' is reserved for external routines");
   }
 }
 

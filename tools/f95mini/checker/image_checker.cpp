@@ -26,6 +26,7 @@ class Image {
     std::size_t opt = pe + 24;
     if (le16(opt) != 0x20b) return bad(errors, "optional header is not PE32+");
     size_of_image_ = le32(opt + 56);
+    size_of_headers_ = le32(opt + 60);
     for (std::size_t i = 0, at = opt + opt_size; i < count; ++i, at += 40) {
       if (at + 40 > f_.size()) return bad(errors, "section table runs past the file");
       Section s;
@@ -42,6 +43,7 @@ class Image {
 
   // File offset of an RVA inside a section's initialised data, or -1.
   long long offset(std::uint64_t rva) const {
+    if (rva < size_of_headers_) return static_cast<long long>(rva);  // the headers are mapped as they are
     for (const auto& s : sections_)
       if (rva >= s.rva && rva < s.rva + std::min(s.vsize ? s.vsize : s.raw_size, s.raw_size))
         return static_cast<long long>(rva - s.rva + s.raw);
@@ -68,6 +70,7 @@ class Image {
   const std::vector<std::uint8_t>& f_;
   std::vector<Section> sections_;
   std::uint32_t size_of_image_ = 0;
+  std::uint32_t size_of_headers_ = 0;
 };
 
 // A cursor over the file that records the first overrun as an error.
@@ -127,7 +130,7 @@ const std::set<std::uint32_t> kVariableAddressTypes = {1, 3, 4, 5, 7, 8, 9, 11, 
 const std::set<std::uint32_t> kBoundAddressTypes = {0, 1, 3, 5, 7, 9};
 
 struct BlockCheck {
-  std::set<std::uint32_t> type_keys, common_keys, wanted_type_keys;
+  std::set<std::uint32_t> type_keys, common_keys, wanted_type_keys, address_types;
   int variables = 0;
 };
 
@@ -150,6 +153,7 @@ void check_variable(Reader& r, const std::string& where, bool component, BlockCh
     errors.push_back(w + ": address type " + std::to_string(at));
   if (code >= kTypeCodeCount) errors.push_back(w + ": type code " + std::to_string(code));
   if (code == 14) bc.wanted_type_keys.insert(type_key);
+  if (!component) bc.address_types.insert(at);
   if (at == 8 && !bc.common_keys.count(common_key)) errors.push_back(w + ": COMMON key " + std::to_string(common_key) + " has no block record before it");
   if (at == 4) r.skip(size);
   if (word & (1u << 9)) {
@@ -275,6 +279,7 @@ CheckResult check_image(const std::vector<std::uint8_t>& file) {
       }
     }
     res.variables += bc.variables;
+    res.address_types.insert(bc.address_types.begin(), bc.address_types.end());
     for (std::uint32_t k : bc.wanted_type_keys)
       if (!bc.type_keys.count(k)) errors.push_back(w + ": derived type key " + std::to_string(k) + " has no type record");
     if (r.failed()) continue;

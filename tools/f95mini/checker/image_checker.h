@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ struct CheckResult {
   int derived_types = 0;
   int common_blocks = 0;
   std::vector<std::string> routine_names;
+  std::set<std::uint32_t> address_types;  // of every variable record (not components)
   bool ok() const { return errors.empty(); }
 };
 
