@@ -16,9 +16,11 @@ struct source_line {
   std::string text;
 };
 
-// Locate states.
+// Locate states: 0 and 2 are fixed; the others are what loading the text gave.
 constexpr std::int32_t kSourceNotLookedFor = 0;
+constexpr std::int32_t kSourceLoaded = 1;
 constexpr std::int32_t kSourceNotFound = 2;
+constexpr std::int32_t kSourceUnreadable = 3;  // found, but its text could not be read
 
 struct source_file {
   Module* module = nullptr;  // the module that first reported it

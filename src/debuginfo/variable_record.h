@@ -32,12 +32,16 @@ struct ArrayDimension {
   const ArrayBound& stride() const { return bounds[2]; }
 };
 
+// The language's largest rank.
 constexpr int kMaxRank = 7;
+// The rank field has four bits: every rank a table can state has room, so a rank above the
+// language's is stored as it is and left to the values layer to judge.
+constexpr int kMaxStoredRank = 15;
 
 struct ArrayDescriptorRecord {
   std::int32_t rank = 0;
   bool dynamic = false;
-  std::array<ArrayDimension, kMaxRank> dimensions{};
+  std::array<ArrayDimension, kMaxStoredRank> dimensions{};
 };
 
 struct DerivedTypeRecord;

@@ -2,6 +2,7 @@
 
 #include "debuginfo/module.h"
 #include "debuginfo/source_file.h"
+#include "debuginfo/source_files.h"
 #include "stack/call_stack.h"
 
 namespace vantor {
@@ -33,6 +34,7 @@ Module* DebuggedProcess::add_module(std::unique_ptr<Module> module) {
 void DebuggedProcess::remove_module_at(Address base) {
   for (auto it = modules_.begin(); it != modules_.end(); ++it)
     if ((*it)->load_base() == base) {
+      forget_module_sources(source_files_, **it);
       modules_.erase(it);
       return;
     }
