@@ -217,13 +217,13 @@ bool component_is_shown(const VariableRecord& record, const element& component) 
 
 }  // namespace
 
-std::vector<std::unique_ptr<element>> component_elements(const element& structure, TargetMemory& memory) {
-  std::vector<std::unique_ptr<element>> components;
+std::vector<structure_component> component_elements(const element& structure, TargetMemory& memory) {
+  std::vector<structure_component> components;
   if (structure.type != kTypeStructure || !structure.structure || !structure.structure->type) return components;
   bool all = structure.structure->give_all_components;
   for (const auto& record : structure.structure->type->components) {
     auto component = component_element(structure, *record, memory);
-    if (all || component_is_shown(*record, *component)) components.push_back(std::move(component));
+    if (all || component_is_shown(*record, *component)) components.push_back({record->name, std::move(component)});
   }
   return components;
 }

@@ -15,6 +15,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -38,9 +39,13 @@ std::unique_ptr<element> make_variable_element(VariableLocator& locator, TargetM
                                                std::int32_t lang_code, const VariableRecord& record);
 
 // ---- structure components ----
+struct structure_component {
+  std::string name;  // as stored
+  std::unique_ptr<element> value;
+};
 // The components of a structure value, in declaration order; functions, constants and
 // typedefs are left out unless the structure asks for all of them.
-std::vector<std::unique_ptr<element>> component_elements(const element& structure, TargetMemory& memory);
+std::vector<structure_component> component_elements(const element& structure, TargetMemory& memory);
 // The component of that name (case ignored in Fortran); null when there is none.
 std::unique_ptr<element> find_component(const element& structure, std::string_view name, TargetMemory& memory);
 

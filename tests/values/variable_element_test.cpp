@@ -227,8 +227,9 @@ TEST_F(VariableElementTest, DerivedTypeComponentsAtTheirOffsets) {
 
   auto components = component_elements(*e, target.memory);
   ASSERT_EQ(components.size(), 3u);  // the constant is left out
-  EXPECT_EQ(components[2]->type, kTypeArray);
-  EXPECT_EQ(components[2]->address, kBase + 0x200 + 12);
+  EXPECT_EQ(components[2].name, "LIST");
+  EXPECT_EQ(components[2].value->type, kTypeArray);
+  EXPECT_EQ(components[2].value->address, kBase + 0x200 + 12);
   e->structure->give_all_components = true;
   EXPECT_EQ(component_elements(*e, target.memory).size(), 4u);
 

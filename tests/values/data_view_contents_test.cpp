@@ -1,0 +1,170 @@
+#include "values/data_view_contents.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "debuginfo/debug_type_codes.h"
+#include "debuginfo/symbol_table.h"
+#include "process/debugged_process.h"
+#include "support/fake_target.h"
+#include "values/variable_element.h"
+
+namespace vantor {
+namespace {
+
+// A Fortran frame whose locals live at frame base + value and whose symbols are a table.
+class TableFrame : public StackFrame {
+ public:
+  TableFrame(DebuggedProcess* process, F95SymbolTable& table)
+      : StackFrame(process, 0x401000, kFrameBase, 0, 0, nullptr), table_(table) {}
+  std::string routine_name() const override { return "WORK"; }
+  int language_code() const override { return 4; }
+  int variable_count() override { return table_.variable_count(); }
+  const VariableRecord* variable_record(int index) override { return table_.variable(index); }
+  std::unique_ptr<element> variable_element(int index) override {
+    const VariableRecord* r = table_.variable(index);
+    return r ? make_variable_element(*this, *r) : nullptr;
+  }
+  std::unique_ptr<element> find_variable(std::string_view name) override {
+    const VariableRecord* r = table_.variable_by_name(name);
+    return r ? make_variable_element(*this, *r) : nullptr;
+  }
+  VariableAddress variable_address(std::uint32_t type, std::uint64_t value, const VariableRecord*, Address base) override {
+    VariableAddress where;
+    if (type == 1) where.address = where.base = frame_base + value;
+    else if (type == 0) where.address = where.base = base + value;
+    else where.error = 34;
+    return where;
+  }
+  static constexpr Address kFrameBase = 0x70000;
+
+ private:
+  F95SymbolTable& table_;
+};
+
+std::unique_ptr<VariableRecord> record(const std::string& name, std::uint32_t type, std::uint32_t address_type,
+                                       std::uint64_t value, std::uint32_t size) {
+  auto r = std::make_unique<VariableRecord>();
+  r->name = name;
+  r->descriptor = address_type | (type << 4);
+  r->address_value = value;
+  r->size = size;
+  return r;
+}
+
+void dimension(VariableRecord& r, std::int64_t lower, std::int64_t extent, std::int64_t stride) {
+  if (!r.array) r.array = std::make_unique<ArrayDescriptorRecord>();
+  r.descriptor |= 1u << 9;
+  r.array->dimensions[static_cast<std::size_t>(r.array->rank++)].bounds = {
+      ArrayBound{kBoundConstant, lower}, ArrayBound{kBoundConstant, extent}, ArrayBound{kBoundConstant, stride}};
+}
+
+class DataViewTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    constexpr Address b = TableFrame::kFrameBase;
+    target.system.poke_value<std::int32_t>(b, 12);
+    for (int i = 0; i < 6; ++i) target.system.poke_value<std::int16_t>(b + 0x10 + 2 * i, static_cast<std::int16_t>(i + 1));
+    target.system.poke_value<double>(b + 0x40, 0.25);
+    target.system.poke_value<std::int32_t>(b + 0x48, 8);
+
+    table.add_variable(record("N", kDebugInteger4, 1, 0, 4));
+    auto grid = record("GRID", kDebugInteger2, 1, 0x10, 2);
+    dimension(*grid, 1, 2, 2);
+    dimension(*grid, 0, 3, 4);
+    table.add_variable(std::move(grid));
+    auto limit = record("LIMIT", kDebugInteger4, 4, 0, 4);
+    limit->constant_value = {100, 0, 0, 0};
+    table.add_variable(std::move(limit));
+    type.name = "CELL";
+    type.components.push_back(record("W", kDebugReal8, 0, 0, 8));
+    type.components.push_back(record("K", kDebugInteger4, 0, 8, 4));
+    auto cell = record("CELL1", kDebugDerivedType, 1, 0x40, 12);
+    cell->structure = &type;
+    table.add_variable(std::move(cell));
+    source.memory = &target.memory;
+    source.frame = [this](int index) -> StackFrame* { return index == 0 ? &frame : nullptr; };
+    source.registers = &registers;
+  }
+
+  testing::FakeTarget target;
+  DebuggedProcess process;
+  F95SymbolTable table;
+  DerivedTypeRecord type;
+  TableFrame frame{&process, table};
+  os::ThreadContext registers;
+  DataViewSource source;
+};
+
+TEST_F(DataViewTest, VariablesOfAFrame) {
+  std::string routine;
+  std::vector<ui::variable_row> rows;
+  ASSERT_TRUE(variables_of_frame(source, 0, routine, rows));
+  EXPECT_EQ(routine, "WORK");
+  ASSERT_EQ(rows.size(), 4u);
+  EXPECT_EQ(rows[0].name, "N");
+  EXPECT_EQ(rows[0].value, "12");
+  EXPECT_EQ(rows[1].value, "INTEGER*2 (2,0:2)");
+  EXPECT_EQ(rows[2].value, "100");
+  EXPECT_TRUE(rows[2].is_parameter);
+  EXPECT_EQ(rows[3].value, "TYPE(CELL)");
+  EXPECT_FALSE(variables_of_frame(source, 1, routine, rows));
+}
+
+TEST_F(DataViewTest, ArrayElementsFirstSubscriptFastestFromOneRead) {
+  ui::array_contents contents;
+  std::size_t reads = target.system.counters.reads;
+  array_contents_of(source, 0, "grid", contents);
+  EXPECT_EQ(target.system.counters.reads - reads, 1u);
+  EXPECT_TRUE(contents.fortran);
+  ASSERT_EQ(contents.elements.size(), 6u);
+  EXPECT_EQ(contents.elements[1].subscripts, (std::vector<long long>{2, 0}));
+  EXPECT_EQ(contents.elements[1].value, "2");
+  EXPECT_EQ(contents.elements[2].subscripts, (std::vector<long long>{1, 1}));
+  EXPECT_EQ(contents.elements[5].value, "6");
+
+  ui::array_contents section;
+  array_contents_of(source, 0, "grid(2, 1:2)", section);
+  ASSERT_EQ(section.elements.size(), 2u);
+  EXPECT_EQ(section.elements[0].subscripts, (std::vector<long long>{1}));
+  EXPECT_EQ(section.elements[0].value, "4");
+
+  ui::array_contents wrong;
+  array_contents_of(source, 0, "n", wrong);
+  EXPECT_EQ(wrong.error, "Expected an array");
+  array_contents_of(source, 0, "grid(", wrong);
+  EXPECT_EQ(wrong.error, "Too many opening brackets");
+}
+
+TEST_F(DataViewTest, StructureMembersInspectorWatchesAndRegisters) {
+  ui::structure_contents members;
+  structure_contents_of(source, 0, "cell1", members);
+  ASSERT_EQ(members.members.size(), 2u);
+  EXPECT_EQ(members.members[0].name, "W");
+  EXPECT_EQ(members.members[0].value, "0.25");
+  EXPECT_EQ(members.members[1].value, "8");
+  ui::structure_contents not_one;
+  structure_contents_of(source, 0, "n", not_one);
+  EXPECT_EQ(not_one.error, "Structure expected");
+
+  ui::window_rows rows;
+  inspector_rows_of(source, 0, "cell1%k * n", rows);
+  ASSERT_EQ(rows.text.size(), 1u);
+  EXPECT_EQ(rows.text[0], "cell1%k * n = 96");
+
+  EXPECT_EQ(watch_value_of(source, "n + 1").text, "13");
+  EXPECT_EQ(watch_value_of(source, "nothing").state, ui::watch_value::kOutOfScope);
+  EXPECT_EQ(watch_value_of(source, "n +").state, ui::watch_value::kError);
+
+  ui::window_rows registers_rows;
+  std::string status = "x";
+  registers.rax = 3;
+  register_rows_of(source, registers_rows, status);
+  EXPECT_EQ(status, "");
+  ASSERT_EQ(registers_rows.text.size(), 34u);
+  EXPECT_EQ(registers_rows.text[3], "RAX = 0000000000000003 (3)");
+}
+
+}  // namespace
+}  // namespace vantor
