@@ -10,6 +10,9 @@
 
 namespace vantor {
 
+// Debug tables are read through chunked buffers of this many bytes.
+constexpr std::int32_t kDebugTableChunkSize = 128;
+
 class DebugTableMemory : public TargetMemory {
  public:
   explicit DebugTableMemory(TargetMemory& target) : target_(target) {}

@@ -16,7 +16,6 @@ namespace vantor {
 
 namespace {
 
-constexpr std::int32_t kDebugChunkSize = 128;
 constexpr Address kDebugInfoOffsetField = 28;  // a reserved word of the DOS header
 constexpr std::int32_t kMapVersion = 2;
 constexpr std::uint64_t kRelativeAddresses = 1;
@@ -46,7 +45,7 @@ void Module::read_routine_map() {
   if (process_.read(load_base_ + kDebugInfoOffsetField, &map_offset, 4) != 4 || map_offset < 1) return;
 
   DebugTableMemory memory(process_);
-  UserSpaceBuffer map(memory, load_base_ + static_cast<Address>(map_offset), kDebugChunkSize);
+  UserSpaceBuffer map(memory, load_base_ + static_cast<Address>(map_offset), kDebugTableChunkSize);
   if (!magic_is(map, "QUOR")) return;
   std::int32_t version = map.read_32();
   if (version != kMapVersion) {
@@ -90,7 +89,7 @@ void Module::read_debug_block_header(TargetMemory& memory, MapEntry& routine) {
     routine.debug_block = 0;
     return;
   }
-  UserSpaceBuffer buffer(memory, block, kDebugChunkSize);
+  UserSpaceBuffer buffer(memory, block, kDebugTableChunkSize);
   routine.lead_word = static_cast<std::uint32_t>(buffer.read_32());
   if (!magic_is(buffer, "RHUB")) {
     routine.debug_block = 0;

@@ -14,7 +14,6 @@ namespace vantor {
 
 namespace {
 
-constexpr std::int32_t kDebugChunkSize = 128;
 // The magics as 32-bit values of their bytes in memory order.
 constexpr std::uint32_t kRhub = 0x42554852;  // "RHUB"
 constexpr std::uint32_t kBarb = 0x42524142;  // "BARB"
@@ -73,7 +72,7 @@ class SymbolStreamReader {
 bool SymbolStreamReader::read() {
   block_ = routine_.debug_block;
   DebugTableMemory memory(memory_);
-  UserSpaceBuffer buffer(memory, block_, kDebugChunkSize);
+  UserSpaceBuffer buffer(memory, block_, kDebugTableChunkSize);
   buffer_ = &buffer;
 
   buffer.read_32();  // the lead word, kept by the map reader

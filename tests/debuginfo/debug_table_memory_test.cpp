@@ -1,0 +1,48 @@
+#include "debuginfo/debug_table_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "support/fake_target.h"
+
+namespace vantor {
+namespace {
+
+class DebugTableMemoryTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::vector<std::uint8_t> bytes(2 * 4096);
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i % 251 + 1);
+    target.system.poke(kBase, bytes);  // two pages, nothing after them
+  }
+  static constexpr Address kBase = 0x50000;
+  testing::FakeTarget target;
+  DebugTableMemory memory{target.memory};
+};
+
+TEST_F(DebugTableMemoryTest, AReadableRangeCostsOneCall) {
+  std::uint8_t buffer[128];
+  EXPECT_EQ(memory.read(kBase + 4000, buffer, sizeof buffer), sizeof buffer);  // across the page boundary
+  EXPECT_EQ(target.system.counters.reads, 1u);
+  EXPECT_EQ(buffer[127], static_cast<std::uint8_t>((4000 + 127) % 251 + 1));
+}
+
+TEST_F(DebugTableMemoryTest, TheReadablePrefixArrivesAndTheRestReadsZero) {
+  std::uint8_t buffer[128];
+  std::memset(buffer, 0xEE, sizeof buffer);
+  Address start = kBase + 2 * 4096 - 20;
+  EXPECT_EQ(memory.read(start, buffer, sizeof buffer), sizeof buffer);
+  for (int i = 0; i < 20; ++i) EXPECT_EQ(buffer[i], static_cast<std::uint8_t>((2 * 4096 - 20 + i) % 251 + 1)) << i;
+  for (int i = 20; i < 128; ++i) EXPECT_EQ(buffer[i], 0) << i;
+}
+
+TEST_F(DebugTableMemoryTest, AnUnreadableStartReadsAllZero) {
+  std::uint8_t buffer[16];
+  std::memset(buffer, 0xEE, sizeof buffer);
+  EXPECT_EQ(memory.read(kBase + 0x100000, buffer, sizeof buffer), sizeof buffer);
+  for (std::uint8_t byte : buffer) EXPECT_EQ(byte, 0);
+}
+
+}  // namespace
+}  // namespace vantor
