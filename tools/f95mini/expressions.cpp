@@ -241,6 +241,9 @@ Type RoutineCompiler::value(const Expr& e) {
         if (!k.empty() && k != "kind" && k != "dim") fail(e.pos, "keyword arguments are not supported");
       bool from_host = false;
       Symbol* s = scope_.lookup(name, &from_host);
+      if (!s) {
+        if (const DerivedType* t = scope_.lookup_type(name)) return structure_constructor(e, t);
+      }
       bool user_procedure = s && (s->cls == Symbol::kProcedure || s->cls == Symbol::kDummyProcedure);
       if (!user_procedure && is_intrinsic(name) && !(s && s->cls == Symbol::kVariable && s->external))
         return intrinsic(e, name);
@@ -627,6 +630,46 @@ Type RoutineCompiler::concatenate(const Expr& e) {
   emit("mov rdx, rax");
   emit("mov rax, qword ptr " + temp_mem(out));
   return character_type(total >= 0 ? total : Type::kAssumedLength);
+}
+
+// A structure constructor TYPE(a, b, ...): every component in order, built in a temporary.
+Type RoutineCompiler::structure_constructor(const Expr& e, const DerivedType* t) {
+  if (e.args.size() != t->components.size())
+    fail(e.pos, "the constructor of " + t->name + " needs " + std::to_string(t->components.size()) + " values");
+  std::int64_t tmp = alloc_temp(t->size);
+  for (size_t i = 0; i < e.args.size(); ++i) {
+    const Component& c = t->components[i];
+    const Expr& a = *e.args[i];
+    if (c.shape.is_array()) fail(a.pos, "constructors of types with array components are not supported");
+    if (c.pointer) {
+      if (!(a.kind == ExprKind::kApply && a.base->kind == ExprKind::kName && a.base->text == "null" && a.args.empty()))
+        fail(a.pos, "a POINTER component can only be constructed from NULL()");
+      emit("mov qword ptr " + temp_mem(tmp, c.offset) + ", 0");
+      continue;
+    }
+    if (c.type.base == BaseType::kCharacter) {
+      Type v = value(a);
+      if (v.base != BaseType::kCharacter) fail(a.pos, "component " + c.name + " needs a CHARACTER value");
+      emit("mov r8, rax");
+      emit("mov r9, rdx");
+      emit("lea rcx, " + temp_mem(tmp, c.offset));
+      emit("mov edx, " + std::to_string(c.type.len));
+      emit("call __f95_assign_string");
+    } else if (c.type.base == BaseType::kDerived) {
+      Type v = value(a);
+      if (!(v == c.type)) fail(a.pos, "component " + c.name + " needs a " + c.type.name());
+      emit("mov rdx, rax");
+      emit("lea rcx, " + temp_mem(tmp, c.offset));
+      emit("mov r8, " + std::to_string(c.type.size()));
+      emit("call memmove");
+    } else {
+      value_as(a, c.type);
+      emit("lea r11, " + temp_mem(tmp, c.offset));
+      store(c.type, "r11");
+    }
+  }
+  emit("lea rax, " + temp_mem(tmp));
+  return Type{BaseType::kDerived, 0, 1, t};
 }
 
 // ---- designators ----

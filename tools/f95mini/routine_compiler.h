@@ -125,6 +125,7 @@ class RoutineCompiler {
   Type concatenate(const Expr& e);
   std::int64_t max_length(const Expr& e);
   Type literal(const Expr& e);
+  Type structure_constructor(const Expr& e, const DerivedType* t);
   void logical_test(const Expr& e, const std::string& false_label);
 
   // Calls. `proc` is a procedure symbol; the result (if any) is in the primary registers.

@@ -87,7 +87,10 @@ bool Toolchain::compile_c_files(std::vector<std::string>* defined, std::string* 
   }
   int n = 0;
   for (const auto& c : opts_.c_files) {
-    std::string obj = (fs::path(tmp_) / ("c" + std::to_string(n++) + ".o")).string();
+    std::string file = "c";  // built piecewise: GCC 12 misreads "c" + to_string(n) at -O3
+    file += std::to_string(n++);
+    file += ".o";
+    std::string obj = (fs::path(tmp_) / file).string();
     if (run_program({"x86_64-w64-mingw32-gcc-posix", "-c", "-O1", "-Wall", "-o", obj, c}) != 0) {
       *error = "the C compiler failed on " + c;
       return false;
