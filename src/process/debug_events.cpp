@@ -9,13 +9,16 @@
 #include "process/debugged_process.h"
 #include "process/exception_names.h"
 #include "process/runtime_errors.h"
+#include "process/stepping.h"
 
 namespace vantor {
 
 namespace {
 
-constexpr std::uint32_t kAccessWrite = 1;
-constexpr std::uint32_t kAccessExecute = 8;
+constexpr std::uint32_t kAccessViolation = 0xC0000005;
+// The access codes of an access violation's first parameter (0 is a read).
+constexpr std::uint32_t kAccessWriting = 1;
+constexpr std::uint32_t kAccessExecuting = 8;
 // The run-time library stops a failing program with `int 9`.
 constexpr std::uint8_t kRuntimeErrorTrap[2] = {0xCD, 0x09};
 
@@ -97,9 +100,9 @@ DebuggedProcess::EventAction DebuggedProcess::on_access_violation(const os::Debu
   }
   const std::uint64_t access = event.parameter_count > 0 ? event.parameters[0] : 0;
   const Address address = event.parameter_count > 1 ? event.parameters[1] : 0;
-  const char* how = access == kAccessWrite     ? " writing address "
-                    : access == kAccessExecute ? " executing address "
-                                               : " reading address ";
+  const char* how = access == kAccessWriting     ? " writing address "
+                    : access == kAccessExecuting ? " executing address "
+                                                 : " reading address ";
   fail(std::string("Access Violation") + how + "0x" + pointer_text(address));
   return EventAction::kStop;
 }

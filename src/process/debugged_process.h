@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "os/os.h"
+#include "process/breakpoint_info.h"
 #include "process/target_memory.h"
 
 namespace vantor {
@@ -35,30 +36,6 @@ enum StopReason : std::int32_t {
   kStopCodeTrap = 1,
   kStopUseDataBreakpoint = 2,
   kStopWriteDataBreakpoint = 3,
-};
-
-// Run modes: the run command numbers of the main loop.
-enum RunMode : std::int32_t {
-  kRunStepInto = 3,
-  kRunGo = 4,
-  kRunStepOver = 5,
-  kRunInstruction = 6,
-  kRunStepOut = 8,
-};
-
-// Exception codes the debug-event loop treats by name.
-constexpr std::uint32_t kBreakpointException = 0x80000003;
-constexpr std::uint32_t kSingleStepException = 0x80000004;
-constexpr std::uint32_t kAccessViolation = 0xC0000005;
-
-// A breakpoint asked for before any module could resolve its file and line (the command
-// line's run-to target, for instance); retried after every module load.
-struct deferred_breakpoint_request {
-  std::string file;
-  std::string condition;
-  std::int32_t line = 0;
-  std::int32_t after = 1;
-  std::int32_t every = 1;
 };
 
 class DebuggedProcess : public TargetMemory {
@@ -118,10 +95,8 @@ class DebuggedProcess : public TargetMemory {
   void arm_line_traps();
   void disarm_line_traps();
   void lift_breakpoints();
-  void add_deferred_breakpoint_request(deferred_breakpoint_request request);
-  const std::vector<deferred_breakpoint_request>& deferred_breakpoint_requests() const {
-    return deferred_breakpoint_requests_;
-  }
+  void add_deferred_breakpoint(deferred_breakpoint request);
+  const std::vector<deferred_breakpoint>& deferred_breakpoints() const { return deferred_breakpoints_; }
   void retry_deferred_breakpoints();
 
   // ---- deferred items ----
@@ -186,7 +161,7 @@ class DebuggedProcess : public TargetMemory {
   os::DebugEvent debug_event_;
   std::map<std::uint32_t, os::Handle> threads_;  // thread id -> handle, from thread events
   std::vector<std::uint32_t> ignored_exceptions_;
-  std::vector<deferred_breakpoint_request> deferred_breakpoint_requests_;
+  std::vector<deferred_breakpoint> deferred_breakpoints_;
   std::vector<std::string> deferred_items_;
   std::vector<std::string> handled_items_;
 

@@ -4,8 +4,8 @@
 
 namespace vantor {
 
-void DebuggedProcess::add_deferred_breakpoint_request(deferred_breakpoint_request request) {
-  deferred_breakpoint_requests_.push_back(std::move(request));
+void DebuggedProcess::add_deferred_breakpoint(deferred_breakpoint request) {
+  deferred_breakpoints_.push_back(std::move(request));
 }
 
 // Requests stay until the breakpoint list can take them; it is walked from the last

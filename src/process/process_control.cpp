@@ -5,6 +5,7 @@
 #include "common/text_format.h"
 #include "debuginfo/module.h"
 #include "process/debugged_process.h"
+#include "process/stepping.h"
 #include "winlib/window_library.h"
 
 namespace vantor {
@@ -54,7 +55,7 @@ bool DebuggedProcess::launch(const std::wstring& command_line) {
 std::int32_t DebuggedProcess::run(std::int32_t mode) {
   if (!launched_ || !can_run()) return state_;
   prepare_run(mode);
-  set_trap_flag(mode == kRunInstruction);
+  set_trap_flag(mode == kModeOneInstruction);
   if (main_thread_suspended_) {
     os::system().resume_thread(process_info_.thread);
     main_thread_suspended_ = false;

@@ -76,12 +76,12 @@ int start_session(const std::vector<std::wstring>& arguments) {
   if (LogCommandLine) os::system().append_file(L"vantor64.log", narrow_from_wide(full_command_line) + "\n");
 
   if (RunToLine != 0) {
-    deferred_breakpoint_request run_to;
+    deferred_breakpoint run_to;
     run_to.file = RunToFile;
     run_to.line = RunToLine;
     run_to.after = 1;
     run_to.every = 1;
-    CurrentProcess->add_deferred_breakpoint_request(std::move(run_to));
+    CurrentProcess->add_deferred_breakpoint(std::move(run_to));
     RunToLine = 0;
   }
 
