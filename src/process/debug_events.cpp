@@ -8,14 +8,13 @@
 #include "debuginfo/module.h"
 #include "process/debugged_process.h"
 #include "process/exception_names.h"
+#include "process/common_probe.h"
 #include "process/runtime_errors.h"
-#include "process/stepping.h"
 
 namespace vantor {
 
 namespace {
 
-constexpr std::uint32_t kAccessViolation = 0xC0000005;
 // The access codes of an access violation's first parameter (0 is a read).
 constexpr std::uint32_t kAccessWriting = 1;
 constexpr std::uint32_t kAccessExecuting = 8;
