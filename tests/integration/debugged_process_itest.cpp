@@ -101,8 +101,8 @@ TEST_F(DebuggedProcessTest, RunTimeErrorsFollowTheRegisterConvention) {
   const std::pair<const wchar_t*, const char*> cases[] = {
       {L"29 SOLVE_SYSTEM", "Call to missing routine: SOLVE_SYSTEM"},
       {L"345 \"Matrix is singular\"", "Matrix is singular"},
-      {L"20", "Run-time error 20: DO-loop has zero increment"},
-      {L"49", "Run-time error 49: Argument to CHAR outside range 0 - 255"},
+      {L"14", "Run-time error 14: DO-loop has zero increment"},
+      {L"15", "Run-time error 15: Argument to CHAR outside range 0 - 255"},
       {L"0", "Run-time error 0"},
       {L"-3", "Run-time error -3"},
       {L"448", "Run-time error 448"},

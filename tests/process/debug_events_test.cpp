@@ -198,7 +198,7 @@ TEST_F(DebugEventsTest, TheLibrarysErrorTrapIsReadFromTheRegisters) {
   const Case cases[] = {
       {29, "LAPACK_SOLVE", "Call to missing routine: LAPACK_SOLVE"},
       {345, "Bad input on unit 5", "Bad input on unit 5"},
-      {40, "", "Run-time error 40: Subscript out of range"},
+      {11, "", "Run-time error 11: Array subscript out of bounds"},
       {0, "", "Run-time error 0"},
       {-1, "", "Run-time error -1"},
       {448, "", "Run-time error 448"},
