@@ -5,11 +5,13 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "os/os.h"
+#include "process/breakpoint_info.h"
 #include "process/target_memory.h"
 
 namespace vantor {
@@ -47,6 +49,26 @@ class DebuggedProcess : public TargetMemory {
   std::size_t read(Address address, void* buffer, std::size_t size) override;
   std::size_t write(Address address, const void* buffer, std::size_t size) override;
 
+  // ---- life cycle ----
+  // Creates the program suspended under the debugging interface. On failure the state is
+  // psFailed and the status text says why ("File not found", "Could not open executable, error %x").
+  bool launch(const std::wstring& command_line);
+  // Runs the program in a run mode until the next stop; returns the new state.
+  std::int32_t run(std::int32_t mode);
+  // Suspends the running program's main thread (state psRunning only).
+  void pause();
+  // The Pause button: the wait loop pauses the program at its next turn.
+  void request_pause() { pause_requested_ = true; }
+  // Ends the program (through its own "exit" routine when it has one) and detaches.
+  void end();
+  bool launched() const { return launched_; }
+  // The program's exit code, once the state is psEnded.
+  std::uint32_t exit_code() const { return exit_code_; }
+
+  // Exception codes passed back to the program instead of stopping it.
+  void add_ignored_exception(std::uint32_t code);
+  const std::vector<std::uint32_t>& ignored_exceptions() const { return ignored_exceptions_; }
+
   // ---- state ----
   std::int32_t state() const { return state_; }
   bool can_run() const { return state_ == psLaunching || state_ == psPaused || state_ == psStopped; }
@@ -61,6 +83,29 @@ class DebuggedProcess : public TargetMemory {
 
   // The stopped thread's context as last read at a stop.
   os::ThreadContext& context() { return context_; }
+  // The last debug event taken, and the thread it came from (the main thread before any).
+  const os::DebugEvent& debug_event() const { return debug_event_; }
+  os::Handle event_thread_handle() const;
+  bool loader_breakpoint_seen() const { return loader_breakpoint_seen_; }
+  // Reads the stopped thread's registers into context(); the call stack is walked from them.
+  void refresh_call_stack();
+
+  // ---- breakpoints and line traps ----
+  bool line_traps_armed() const { return line_traps_armed_; }
+  void arm_line_traps();
+  void disarm_line_traps();
+  void lift_breakpoints();
+  void add_deferred_breakpoint(deferred_breakpoint request);
+  const std::vector<deferred_breakpoint>& deferred_breakpoints() const { return deferred_breakpoints_; }
+  void retry_deferred_breakpoints();
+
+  // ---- deferred items ----
+  // Notes that arise while the program runs and wait for the debugger to be idle: the idle
+  // step of the main loop moves them, in order, to the handled list that the windows read.
+  void defer_item(std::string item) { deferred_items_.push_back(std::move(item)); }
+  void drain_deferred_items();
+  const std::vector<std::string>& deferred_items() const { return deferred_items_; }
+  const std::vector<std::string>& handled_items() const { return handled_items_; }
 
   // ---- modules (newest first) ----
   const std::vector<std::unique_ptr<Module>>& modules() const { return modules_; }
@@ -78,6 +123,48 @@ class DebuggedProcess : public TargetMemory {
   CallStack* previous_stack() const { return previous_stack_.get(); }
 
  protected:
+  // ---- the debug-event loop, one handler per event kind (debug_events.cpp) ----
+  enum class EventAction { kContinue, kStop };
+  std::int32_t wait_for_stop();
+  EventAction on_event(const os::DebugEvent& event, std::uint32_t& continue_status);
+  EventAction on_exception(const os::DebugEvent& event, std::uint32_t& continue_status);
+  EventAction on_trap(const os::DebugEvent& event);
+  EventAction on_access_violation(const os::DebugEvent& event);
+  EventAction on_create_process(const os::DebugEvent& event);
+  EventAction on_exit_process(const os::DebugEvent& event);
+  EventAction on_create_thread(const os::DebugEvent& event);
+  EventAction on_exit_thread(const os::DebugEvent& event);
+  EventAction on_load_dll(const os::DebugEvent& event);
+  EventAction on_unload_dll(const os::DebugEvent& event);
+  void fail(std::string text);
+
+  // ---- the trap decision (trap_decision.cpp) ----
+  // Start of every run: what breakpoints, line traps and hardware slots need before the
+  // program is resumed in this mode.
+  void prepare_run(std::int32_t mode);
+  // At a breakpoint or single-step exception after the loader breakpoint, with the state
+  // already psStopped and the registers read: true to stop, false to run on.
+  bool decide_at_trap(const os::DebugEvent& event);
+
+  void set_trap_flag(bool on);
+  void continue_pending_event(std::uint32_t status);
+
+  bool launched_ = false;
+  bool main_thread_suspended_ = false;
+  bool event_pending_ = false;
+  bool loader_breakpoint_seen_ = false;
+  bool line_traps_armed_ = false;
+  bool silent_first_stop_handled_ = false;
+  bool pause_requested_ = false;
+  bool waiting_window_shown_ = false;
+  std::uint32_t exit_code_ = 0;
+  os::DebugEvent debug_event_;
+  std::map<std::uint32_t, os::Handle> threads_;  // thread id -> handle, from thread events
+  std::vector<std::uint32_t> ignored_exceptions_;
+  std::vector<deferred_breakpoint> deferred_breakpoints_;
+  std::vector<std::string> deferred_items_;
+  std::vector<std::string> handled_items_;
+
   std::int32_t state_ = psCreated;
   std::string status_text_;
   bool silent_ = false;

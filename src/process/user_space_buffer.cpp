@@ -8,8 +8,13 @@
 namespace vantor {
 
 UserSpaceBuffer::UserSpaceBuffer(TargetMemory& process, Address address, std::int32_t chunk_size)
-    : process_(process), base_(address), chunk_size_(chunk_size), this_chunk_size_(chunk_size) {
-  data_.resize(static_cast<std::size_t>(chunk_size_ > 0 ? chunk_size_ : 0));
+    : process_(process),
+      base_(address),
+      chunk_size_(chunk_size > 0 ? chunk_size : 0),
+      this_chunk_size_(chunk_size_) {
+  // A caller's nonsensical size is an empty window that grows on first use, never a
+  // read past the buffer.
+  data_.resize(static_cast<std::size_t>(chunk_size_));
   fill("nbytes == chunk_size");
 }
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +17,11 @@ class text_window;
 }
 
 namespace vantor::winlib {
+
+// Buttons of the program dialog.
+constexpr int kDialogOk = 1;
+constexpr int kDialogCancel = 2;
+constexpr int kDialogBrowse = 3;
 
 struct PixelSize {
   int width = 0;
@@ -64,6 +70,38 @@ class WindowLibrary {
                                             int width) = 0;
   virtual std::optional<std::string> prompt_text(const std::string& caption, const std::string& question, int x,
                                                  int y, int width) = 0;
+
+  // ---- the session's share of the library ----
+  // The defaults below are those of a session without windows; the windowed library
+  // overrides them all.
+
+  // Lets the library handle pending messages and callbacks; a callback may queue a run
+  // command or press the waiting window's Pause.
+  virtual void yield_program_control() {}
+
+  // The main frame window. Closing clears its open state and updates it; nothing happens
+  // when there is none.
+  virtual void build_main_window() {}
+  virtual bool main_window_exists() const { return false; }
+  virtual void close_main_window() {}
+
+  // Start-up's "Program to debug" dialog over `edit_text` (the command line typed so far,
+  // changed in place); returns kDialogOk, kDialogCancel (also for Esc) or kDialogBrowse.
+  // Without windows nobody can answer: Cancel.
+  virtual int program_dialog(std::string& edit_text) {
+    (void)edit_text;
+    return kDialogCancel;
+  }
+  // The open-file dialog behind Browse, preset to `initial_name`; nullopt when cancelled.
+  virtual std::optional<std::wstring> browse_for_program(const std::wstring& initial_name) {
+    (void)initial_name;
+    return std::nullopt;
+  }
+
+  // The small window shown while the program has run for a while, offering Pause;
+  // `on_pause` runs when it is pressed. Closing it when it is not up does nothing.
+  virtual void show_waiting_window(std::function<void()> on_pause) { (void)on_pause; }
+  virtual void close_waiting_window() {}
 };
 
 // The library of the session: the one installed by the entry point, or the headless one

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "common/messages.h"
 #include "support/fake_target.h"
 
 namespace vantor {
@@ -85,6 +86,77 @@ TEST_F(UserSpaceBufferTest, NarrowStringStopsAtFFAndAtUnreadableMemory) {
   EXPECT_STREQ(out, "xyz");
   EXPECT_EQ(target.memory.read_u32(0x50000 - 2), 0xFFFFFFFFu);
   EXPECT_EQ(target.memory.read_u64(0x50000 - 2), ~std::uint64_t{0});
+}
+
+TEST_F(UserSpaceBufferTest, SkipAlwaysReadsAgainEvenInsideTheHeldBytes) {
+  UserSpaceBuffer buffer(target.memory, kBase, 64);
+  std::size_t reads = target.system.counters.reads;
+  buffer.skip(4);
+  EXPECT_EQ(target.system.counters.reads, reads + 1);
+  EXPECT_EQ(buffer.base(), kBase + 4);
+  EXPECT_EQ(buffer.this_chunk_size(), 64);
+  EXPECT_EQ(buffer.peek_64(), 0x0B0A090807060504u);  // peeking leaves the cursor
+  EXPECT_EQ(buffer.read_64(), 0x0B0A090807060504u);
+  EXPECT_EQ(buffer.cursor_address(), kBase + 12);
+}
+
+TEST_F(UserSpaceBufferTest, ANegativeChunkSizeGivesAnEmptyWindowThatGrows) {
+  UserSpaceBuffer buffer(target.memory, kBase, -16);
+  EXPECT_EQ(buffer.this_chunk_size(), 0);
+  EXPECT_EQ(buffer.read_unsigned_byte(), static_cast<std::uint32_t>(kBase & 0xFF));
+  EXPECT_EQ(buffer.this_chunk_size(), 1);
+}
+
+TEST_F(UserSpaceBufferTest, ReadersTakeTheMachinesByteOrderAndSign) {
+  const std::uint8_t bytes[] = {0xFE, 0x80, 0x01, 0x00, 0x00, 0x00};
+  target.system.poke(0x60000, bytes, sizeof bytes);
+  UserSpaceBuffer buffer(target.memory, 0x60000, 16);
+  EXPECT_EQ(buffer.read_signed_byte(), -2);
+  EXPECT_EQ(buffer.read_unsigned_byte(), 0x80u);
+  EXPECT_EQ(buffer.read_32(), 1);
+  EXPECT_TRUE(buffer.read_block(nullptr, 0));
+  EXPECT_EQ(buffer.cursor_address(), 0x60006u);
+}
+
+TEST_F(UserSpaceBufferTest, AStringOfExactlyCapacityMinusOneIsCutBeforeItsZero) {
+  const char text[] = "ABCD";
+  target.system.poke(0x31000, text, sizeof text);
+  UserSpaceBuffer buffer(target.memory, 0x31000, 64);
+  char out[5];
+  EXPECT_FALSE(buffer.read_string(out, 5));
+  EXPECT_STREQ(out, "ABCD");
+  EXPECT_EQ(buffer.cursor_address(), 0x31004u);  // the zero byte is still to come
+  EXPECT_EQ(buffer.read_unsigned_byte(), 0u);
+}
+
+// A short read is a broken invariant: reported, and the missing bytes read as zero.
+TEST_F(UserSpaceBufferTest, ShortReadsAreAssertionsAndLeaveZeros) {
+  ConsoleMode = true;
+  const std::uint8_t ones[8] = {1, 1, 1, 1, 1, 1, 1, 1};
+  target.system.poke(0x70000 - 8, ones, 8);  // the page at 0x70000 is not mapped
+  ::testing::internal::CaptureStdout();
+  UserSpaceBuffer buffer(target.memory, 0x70000 - 8, 32);
+  std::string out = ::testing::internal::GetCapturedStdout();
+  EXPECT_NE(out.find("Error: Assert failure: expr = nbytes == chunk_size\nfile = UserSpaceBuffer\nline = "),
+            std::string::npos);
+  EXPECT_EQ(buffer.data()[0], 0u);  // the read failed as a whole
+  ::testing::internal::CaptureStdout();
+  buffer.skip(40);
+  out = ::testing::internal::GetCapturedStdout();
+  EXPECT_NE(out.find("expr = nbytes == this_chunk_size\nfile = UserSpaceBuffer"), std::string::npos);
+  ConsoleMode = false;
+}
+
+TEST_F(UserSpaceBufferTest, WideStringReaderIsMarkedUnusedAndIgnoresZeros) {
+  ConsoleMode = true;
+  const std::uint16_t wide[] = {'a', 0, 'b', 'c'};
+  target.system.poke(0x80000, wide, sizeof wide);
+  char out[8] = "zzzzzzz";
+  ::testing::internal::CaptureStdout();
+  target.memory.read_wide_string_as_narrow(out, 0x80000, 4);
+  EXPECT_NE(::testing::internal::GetCapturedStdout().find("expr = false\nfile = DebuggedProcess"), std::string::npos);
+  EXPECT_EQ(std::string(out, 4), std::string("a\0b\0", 4));
+  ConsoleMode = false;
 }
 
 }  // namespace

@@ -1,0 +1,21 @@
+// The names the debugger gives to the exceptions that stop a program.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace vantor {
+
+struct exception_name {
+  std::uint32_t code;
+  const char* text;
+};
+
+// Searched in this order; the first row with the code wins.
+extern const std::array<exception_name, 25> ExceptionNames;
+
+// The table's text for the code, or "Exception 0x%08X" when the table does not hold it.
+std::string exception_text(std::uint32_t code);
+
+}  // namespace vantor

@@ -1,0 +1,167 @@
+// The Win32 layer's services that the debugged-process tests do not reach by themselves.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "common/messages.h"
+#include "debuggee.h"
+#include "debuginfo/module.h"
+#include "os/win32/win32_system.h"
+#include "process/debugged_process.h"
+
+namespace vantor {
+namespace {
+
+class Win32SystemTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    os::set_system(&system);
+    ConsoleMode = true;
+  }
+  os::Win32System system;
+};
+
+// A program stopped at its own breakpoint instruction, for the thread and memory services.
+class StoppedProgramTest : public Win32SystemTest {
+ protected:
+  void SetUp() override {
+    Win32SystemTest::SetUp();
+    ASSERT_TRUE(process.launch(testing::debuggee_command(L"faults", L"breakpoint")));
+    ASSERT_EQ(process.run(4), psStopped);
+  }
+  void TearDown() override { process.end(); }
+  DebuggedProcess process;
+};
+
+TEST_F(StoppedProgramTest, ContextsRoundTripIncludingTheDebugRegisters) {
+  os::ThreadContext context;
+  ASSERT_TRUE(system.get_context(process.thread_handle(), context));
+  EXPECT_TRUE(context.has_native);
+  EXPECT_EQ(context.rip, process.debug_event().exception_address + 1);  // past the trap byte
+  EXPECT_NE(context.rsp, 0u);
+  EXPECT_NE(context.seg_cs, 0u);
+
+  const std::uint64_t watched = context.rsp;
+  context.dr0 = watched;
+  context.dr7 = 0x000D0001;  // slot 0, local, write, 4 bytes
+  context.r12 = 0x1122334455667788;
+  ASSERT_TRUE(system.set_context(process.thread_handle(), context));
+  os::ThreadContext again;
+  ASSERT_TRUE(system.get_context(process.thread_handle(), again));
+  EXPECT_EQ(again.dr0, watched);
+  EXPECT_EQ(again.dr7 & 0x000F0003, 0x000D0001u);
+  EXPECT_EQ(again.r12, 0x1122334455667788u);
+  EXPECT_EQ(again.rip, context.rip);
+
+  // A context with only the named fields takes the rest from the thread.
+  os::ThreadContext named_only = again;
+  named_only.has_native = false;
+  named_only.dr0 = 0;
+  named_only.dr7 = 0;
+  ASSERT_TRUE(system.set_context(process.thread_handle(), named_only));
+  ASSERT_TRUE(system.get_context(process.thread_handle(), again));
+  EXPECT_EQ(again.dr7 & 0xFF, 0u);
+  EXPECT_EQ(again.rip, context.rip);
+}
+
+TEST_F(StoppedProgramTest, MemoryReadsAndWritesReportWhatTheyMoved) {
+  const Address base = process.modules().back()->load_base();
+  EXPECT_EQ(process.read_u16(base), 0x5A4Du);  // "MZ"
+  EXPECT_EQ(process.read_u32(0), 0xFFFFFFFFu);
+  EXPECT_EQ(process.read_u64(0x10), ~std::uint64_t{0});
+  EXPECT_FALSE(process.is_readable(0));
+  std::uint8_t big[16384];
+  EXPECT_EQ(process.read(base, big, sizeof big), sizeof big);
+
+  const Address stack = process.context().rsp - 64;  // below the live stack, writable
+  const std::uint64_t value = 0xFEEDFACECAFEBEEF;
+  EXPECT_EQ(process.write(stack, &value, 8), 8u);
+  EXPECT_EQ(process.read_u64(stack), value);
+  EXPECT_EQ(process.write(0x10, &value, 8), 0u);
+}
+
+TEST_F(StoppedProgramTest, TheSystemWalkerUnwindsFromTheStoppedThread) {
+  ASSERT_TRUE(system.symbols_initialize(process.process_handle()));
+  os::ThreadContext context = process.context();
+  os::WalkFrame frame;
+  frame.pc = context.rip;
+  frame.stack = context.rsp;
+  frame.frame = context.rbp;
+  auto reader = [](void* cookie, Address address, void* buffer, std::size_t size) -> std::size_t {
+    return static_cast<DebuggedProcess*>(cookie)->read(address, buffer, size);
+  };
+  int frames = 0;
+  while (frames < 64 && system.stack_walk(process.process_handle(), process.thread_handle(), frame, context, reader,
+                                          &process)) {
+    if (frames == 0) {
+      EXPECT_EQ(frame.pc, process.context().rip);
+    }
+    if (frame.pc == 0) break;
+    ++frames;
+  }
+  EXPECT_GE(frames, 2);  // main and the runtime's start-up code that called it
+}
+
+TEST_F(Win32SystemTest, ImageFilesAreMappedWhole) {
+  std::uint32_t error = 0;
+  os::Handle file = system.open_file_for_reading(testing::debuggee_path(L"hello"), error);
+  ASSERT_NE(file, 0u) << error;
+  std::wstring path = system.final_path(file);
+  EXPECT_EQ(path.substr(path.size() - 9), L"hello.exe");
+  os::Handle mapping = system.create_file_mapping(file, error);
+  ASSERT_NE(mapping, 0u) << error;
+  os::MappedView view = system.map_view(mapping, error);
+  ASSERT_NE(view.data, nullptr);
+  auto whole = system.read_file(testing::debuggee_path(L"hello"), SIZE_MAX);
+  ASSERT_TRUE(whole);
+  EXPECT_EQ(view.size, whole->size());
+  EXPECT_EQ(std::memcmp(view.data, whole->data(), view.size), 0);
+  system.unmap_view(view);
+  system.close_handle(mapping);
+  system.close_handle(file);
+
+  EXPECT_EQ(system.open_file_for_reading(L"C:\\no\\such.exe", error), 0u);
+  EXPECT_TRUE(error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND);
+}
+
+TEST_F(Win32SystemTest, PlainFilesAndDirectories) {
+  const std::wstring path = testing::scratch_path(L"plain.txt");
+  ASSERT_TRUE(system.write_file(path, "first\n"));
+  ASSERT_TRUE(system.append_file(path, "second\n"));
+  EXPECT_TRUE(system.file_exists(path));
+  auto bytes = system.read_file(path, 8);
+  ASSERT_TRUE(bytes);
+  EXPECT_EQ(std::string(bytes->begin(), bytes->end()), "first\nse");
+  EXPECT_TRUE(system.delete_file(path));
+  EXPECT_FALSE(system.file_exists(path));
+  EXPECT_FALSE(system.read_file(path, 10));
+  // A directory is not a file to read.
+  EXPECT_FALSE(system.read_file(testing::test_executable_directory(), 10));
+  EXPECT_FALSE(system.file_exists(testing::test_executable_directory()));
+}
+
+TEST_F(Win32SystemTest, ProfileEnvironmentAndCodePages) {
+  const std::string ini = system.oem_from_wide(testing::scratch_path(L"settings.ini"));
+  ASSERT_TRUE(system.write_profile_string("Debugger-Win32", "LastCommandLine", "\"a b.exe\" x", ini));
+  ASSERT_TRUE(system.write_profile_string("Debugger-Win32", "FontSize", "14", ini));
+  EXPECT_EQ(system.profile_string("Debugger-Win32", "LastCommandLine", "", 256, ini), "\"a b.exe\" x");
+  EXPECT_EQ(system.profile_string("Debugger-Win32", "LastCommandLine", "", 5, ini), "\"a b");
+  EXPECT_EQ(system.profile_string("Debugger-Win32", "Missing", "fallback", 256, ini), "fallback");
+  EXPECT_EQ(system.profile_int("Debugger-Win32", "FontSize", 12, ini), 14u);
+  EXPECT_EQ(system.profile_int("Debugger-Win32", "Missing", 12, ini), 12u);
+  system.delete_file(system.wide_from_oem(ini));
+
+  SetEnvironmentVariableW(L"VANTOR_ITEST_VARIABLE", L"C:\\sources");
+  EXPECT_EQ(system.environment(L"VANTOR_ITEST_VARIABLE"), std::optional<std::wstring>(L"C:\\sources"));
+  EXPECT_FALSE(system.environment(L"VANTOR_ITEST_UNSET_VARIABLE"));
+
+  EXPECT_EQ(system.wide_from_oem("plain"), L"plain");
+  EXPECT_EQ(system.oem_from_wide(L"x\u4E2Dy"), "x?y");
+  EXPECT_FALSE(system.current_directory().empty());
+  std::uint64_t before = system.milliseconds();
+  system.idle_wait(30);
+  EXPECT_GE(system.milliseconds() - before, 15u);
+}
+
+}  // namespace
+}  // namespace vantor
