@@ -92,6 +92,12 @@ TEST(CompileErrors, CodeConventions) {
   EXPECT_NE(s.find("\t.asciz \"t.f95\"\n"), std::string::npos);
 }
 
+TEST(CompileErrors, RecordedSourceNames) {
+  EXPECT_EQ(recorded_file_name("/no/such/dir/prog.f95", false), "prog.f95");
+  // A path that cannot be resolved is kept as given, in Wine's Z: form.
+  EXPECT_EQ(recorded_file_name("/no/such/dir/prog.f95", true), "Z:\\no\\such\\dir\\prog.f95");
+}
+
 // Every prefix of a valid program, and the program with tokens dropped at random, either
 // compiles or is rejected with a compile error.
 TEST(CompileErrors, DamagedProgramsNeverCrashTheCompiler) {
