@@ -1,7 +1,8 @@
 // Where breakpoints, line traps and hardware slots meet the run operation: what is set up
-// before each run, and whether a trap stops the program. Programs without line tables and
-// without breakpoints stop at every trap that reaches the decision (a breakpoint
-// instruction compiled into the program, the end of an instruction step).
+// before each run, and whether a trap stops the program. Until the breakpoint list and the
+// stepping rules take the decision, every trap that reaches it stops: a line start while
+// the line traps are armed, a breakpoint instruction compiled into the program, the end
+// of an instruction step.
 #include "debuginfo/module.h"
 #include "process/debugged_process.h"
 
@@ -17,10 +18,14 @@ bool DebuggedProcess::decide_at_trap(const os::DebugEvent&) {
   return true;
 }
 
-void DebuggedProcess::arm_line_traps() { line_traps_armed_ = true; }
+void DebuggedProcess::arm_line_traps() {
+  for (const auto& module : modules_) module->set_line_traps(true);
+  line_traps_armed_ = true;
+}
 
 void DebuggedProcess::disarm_line_traps() {
   if (!line_traps_armed_) return;
+  for (const auto& module : modules_) module->set_line_traps(false);
   line_traps_armed_ = false;
 }
 

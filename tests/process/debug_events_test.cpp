@@ -5,6 +5,7 @@
 #include "common/messages.h"
 #include "debuginfo/module.h"
 #include "process/debugged_process.h"
+#include "support/debug_image_builder.h"
 #include "support/fake_target.h"
 #include "winlib/headless_library.h"
 
@@ -43,7 +44,11 @@ class RecordingLibrary : public winlib::HeadlessLibrary {
 
 class DebugEventsTest : public ::testing::Test {
  protected:
-  void SetUp() override { ConsoleMode = true; }
+  void SetUp() override {
+    ConsoleMode = true;
+    image.routine("main", 0x1000, 0x40).line(3, 0).line(4, 9);
+    image.routine("exit", 0x2000, 0x10).line(90, 0);
+  }
   void TearDown() override { ConsoleMode = false; }
 
   InMemorySystem& system() { return target.system; }
@@ -78,16 +83,34 @@ class DebugEventsTest : public ::testing::Test {
     return e;
   }
 
+  // The program's image in memory and on file; the handle a creation event carries.
+  os::Handle image_file(InMemorySystem& into) {
+    image.install(into, L"C:\\work\\prog.exe");
+    std::uint32_t error = 0;
+    return into.open_file_for_reading(L"C:\\work\\prog.exe", error);
+  }
+  os::Handle image_file() { return image_file(system()); }
+  // The start every program makes, queued in `into`: its creation and the loader's breakpoint.
+  void queue_start(InMemorySystem& into) {
+    auto creation = create_process();
+    creation.file = image_file(into);
+    into.queue_event(creation);
+    into.queue_event(exception(0x80000003, 0x7FF000001000));
+  }
+
   // Launches and queues the start every program makes: its creation and the loader's
   // breakpoint; then the given events.
   void start(std::initializer_list<os::DebugEvent> events) {
     ASSERT_TRUE(process.launch(L"prog.exe"));
-    system().queue_event(create_process());
+    auto creation = create_process();
+    creation.file = image_file();
+    system().queue_event(creation);
     system().queue_event(exception(0x80000003, 0x7FF000001000));
     for (const auto& e : events) system().queue_event(e);
   }
 
   testing::FakeTarget target;
+  testing::DebugImageBuilder image{kImageBase};
   RecordingLibrary windows;
   DebuggedProcess process;
 };
@@ -114,7 +137,9 @@ TEST_F(DebugEventsTest, LaunchLeavesTheProgramSuspendedUntilTheFirstRun) {
   EXPECT_EQ(process.state(), psPaused);
   EXPECT_TRUE(process.can_run());
   EXPECT_EQ(system().suspend_count, 1);
-  system().queue_event(create_process());
+  auto creation = create_process();
+  creation.file = image_file();
+  system().queue_event(creation);
   system().queue_event(exception(0x80000003, 0x7FF000001000));
   system().queue_event(exit_process(3));
   EXPECT_EQ(process.run(4), psEnded);
@@ -125,6 +150,7 @@ TEST_F(DebugEventsTest, LaunchLeavesTheProgramSuspendedUntilTheFirstRun) {
   ASSERT_EQ(process.modules().size(), 1u);
   EXPECT_EQ(process.modules()[0]->load_base(), kImageBase);
   EXPECT_TRUE(process.modules()[0]->main_image());
+  EXPECT_TRUE(process.modules()[0]->has_routine_map());
   // The creation and the loader's breakpoint were continued; the end was not.
   EXPECT_EQ(system().continue_statuses, (std::vector<std::uint32_t>{os::kContinue, os::kContinue}));
 }
@@ -164,6 +190,20 @@ TEST_F(DebugEventsTest, OneInstructionSetsTheTrapFlagAndOtherModesClearIt) {
   EXPECT_EQ(system().context().eflags & os::kTrapFlag, 0u);
 }
 
+TEST_F(DebugEventsTest, TheLoaderBreakpointArmsTheLineTrapsAndGoDisarmsThem) {
+  start({exception(0x80000003, kImageBase + 0x1009)});
+  const Address main = image.address_of("main");
+  EXPECT_EQ(process.run(3), psStopped);
+  EXPECT_EQ(system().peek(main, 1)[0], 0xCC);
+  EXPECT_EQ(system().peek(main + 9, 1)[0], 0xCC);
+  EXPECT_EQ(system().peek(main + 1, 1)[0], system().peek(main + 2, 1)[0]);  // code between lines untouched
+  system().queue_event(exit_process(0));
+  process.disarm_line_traps();
+  EXPECT_EQ(system().peek(main, 1)[0], 0x90);
+  EXPECT_EQ(system().peek(main + 9, 1)[0], 0x90);
+  EXPECT_EQ(process.run(4), psEnded);
+}
+
 // ---- access violations and run-time errors ---------------------------------------------------
 
 TEST_F(DebugEventsTest, AccessViolationsNameTheAccessAndTheAddress) {
@@ -181,8 +221,7 @@ TEST_F(DebugEventsTest, AccessViolationsNameTheAccessAndTheAddress) {
     testing::FakeTarget fresh;
     DebuggedProcess failing;
     ASSERT_TRUE(failing.launch(L"prog.exe"));
-    fresh.system.queue_event(create_process());
-    fresh.system.queue_event(exception(0x80000003, 0x7FF000001000));
+    queue_start(fresh.system);
     fresh.system.queue_event(exception(0xC0000005, kImageBase + 0x1234, c.access, c.address));
     EXPECT_EQ(failing.run(4), psFailed);
     EXPECT_EQ(failing.status_text(), c.text);
@@ -203,7 +242,7 @@ TEST_F(DebugEventsTest, TheLibrarysErrorTrapIsReadFromTheRegisters) {
       {-1, "", "Run-time error -1"},
       {448, "", "Run-time error 448"},
   };
-  const Address trap = kImageBase + 0x2000;
+  const Address trap = kImageBase + 0x8000;
   const Address text = 0x500000;
   for (const auto& c : cases) {
     testing::FakeTarget fresh;
@@ -214,8 +253,7 @@ TEST_F(DebugEventsTest, TheLibrarysErrorTrapIsReadFromTheRegisters) {
     fresh.system.poke(text, c.text_in_program, std::strlen(c.text_in_program) + 1);
     fresh.system.context().rcx = static_cast<std::uint64_t>(c.number);
     fresh.system.context().rdx = text;
-    fresh.system.queue_event(create_process());
-    fresh.system.queue_event(exception(0x80000003, 0x7FF000001000));
+    queue_start(fresh.system);
     fresh.system.queue_event(exception(0xC0000005, trap, 0, 0xFFFFFFFFFFFFFFFF));
     EXPECT_EQ(failing.run(4), psFailed);
     EXPECT_EQ(failing.status_text(), c.message);
@@ -224,9 +262,9 @@ TEST_F(DebugEventsTest, TheLibrarysErrorTrapIsReadFromTheRegisters) {
 
 TEST_F(DebugEventsTest, OtherInterruptBytesAreAnOrdinaryAccessViolation) {
   const std::uint8_t int3_form[] = {0xCD, 0x03};
-  system().poke(kImageBase + 0x2000, int3_form, 2);
+  system().poke(kImageBase + 0x8000, int3_form, 2);
   system().context().rcx = 40;
-  start({exception(0xC0000005, kImageBase + 0x2000, 0, 0xFFFFFFFFFFFFFFFF)});
+  start({exception(0xC0000005, kImageBase + 0x8000, 0, 0xFFFFFFFFFFFFFFFF)});
   EXPECT_EQ(process.run(4), psFailed);
   EXPECT_EQ(process.status_text(), "Access Violation reading address 0xFFFFFFFFFFFFFFFF");
 }
@@ -242,8 +280,7 @@ TEST_F(DebugEventsTest, UnhandledExceptionsStopWithTheirNameOrCode) {
     testing::FakeTarget fresh;
     DebuggedProcess failing;
     ASSERT_TRUE(failing.launch(L"prog.exe"));
-    fresh.system.queue_event(create_process());
-    fresh.system.queue_event(exception(0x80000003, 0x7FF000001000));
+    queue_start(fresh.system);
     fresh.system.queue_event(exception(code, kImageBase + 0x1000));
     EXPECT_EQ(failing.run(4), psFailed);
     EXPECT_EQ(failing.status_text(), text);
@@ -273,9 +310,10 @@ TEST_F(DebugEventsTest, AThirtyTwoBitProgramIsRefused) {
 }
 
 TEST_F(DebugEventsTest, LibrariesComeAndGoNewestFirst) {
-  auto load = [](Address base) {
+  auto load = [this](Address base) {
     auto e = event(os::kLoadDllEvent);
     e.image_base = base;
+    e.file = image_file();
     return e;
   };
   auto unload = event(os::kUnloadDllEvent);
@@ -321,6 +359,7 @@ TEST_F(DebugEventsTest, AStopInAnotherThreadReadsThatThreadsRegisters) {
 TEST_F(DebugEventsTest, ACreationEventFromAnotherThreadBreaksAnInvariant) {
   ASSERT_TRUE(process.launch(L"prog.exe"));
   auto odd = create_process();
+  odd.file = image_file();
   odd.thread_id = 0x77;
   system().queue_event(odd);
   system().queue_event(exit_process(0));
@@ -390,6 +429,19 @@ TEST_F(DebugEventsTest, EndTerminatesAndDetaches) {
   EXPECT_GE(system().continue_statuses.size(), continues + 2 + 50);
   process.end();  // a second end has nothing left to do
   EXPECT_GE(system().continue_statuses.size(), continues + 52);
+}
+
+TEST_F(DebugEventsTest, EndLeavesThroughTheProgramsExitRoutine) {
+  start({exception(0x80000003, kImageBase + 0x1010)});
+  system().context().rsp = 0x7000;
+  system().map(0x6000, 0x2000);
+  system().poke_value<std::uint64_t>(0x7000 - 8, 0x1234);
+  EXPECT_EQ(process.run(4), psStopped);
+  process.end();
+  EXPECT_EQ(system().context().rip, image.address_of("exit"));
+  EXPECT_EQ(system().context().rsp, 0x7000u - 8);
+  EXPECT_EQ(system().peek(0x7000 - 8, 8), std::vector<std::uint8_t>(8, 0));  // returns nowhere
+  EXPECT_TRUE(system().terminated);
 }
 
 TEST_F(DebugEventsTest, EndBeforeAnyRunStillTerminates) {

@@ -53,9 +53,11 @@ class StartupTest : public testing::SessionTest {
     output = ::testing::internal::GetCapturedStdout();
     return status;
   }
-  // The events of a program that starts and ends with `exit_code`.
-  void queue_run(std::uint32_t exit_code) {
+  // The events of the program `path` that starts and ends with `exit_code`.
+  void queue_run(const std::wstring& path, std::uint32_t exit_code) {
     os::DebugEvent create;
+    std::uint32_t error = 0;
+    create.file = target.system.open_file_for_reading(path, error);
     create.kind = os::kCreateProcessEvent;
     create.process_id = InMemorySystem::kProcessId;
     create.thread_id = InMemorySystem::kThreadId;
@@ -103,7 +105,7 @@ TEST_F(StartupTest, AThirtyTwoBitProgramIsHandedOverAndNeverStarted) {
 
 TEST_F(StartupTest, ASilentSessionRunsToTheEndAndRemembersTheCommandLine) {
   target.system.add_file(L"C:\\my progs\\p.exe", image(0x8664));
-  queue_run(4);
+  queue_run(L"C:\\my progs\\p.exe", 4);
   EXPECT_EQ(session(args({L"/console", L"/silent", L"C:\\my progs\\p.exe", L"/params", L"a", L"b c"})), 0);
   EXPECT_EQ(output, "");
   ASSERT_EQ(target.system.created_command_lines.size(), 1u);
@@ -118,7 +120,7 @@ TEST_F(StartupTest, ASilentSessionRunsToTheEndAndRemembersTheCommandLine) {
 
 TEST_F(StartupTest, AConsoleSessionReportsTheEndAndClosesThePocess) {
   target.system.add_file(L"p.exe", image(0x8664));
-  queue_run(3);
+  queue_run(L"p.exe", 3);
   EXPECT_EQ(session(args({L"/console", L"p.exe"})), 0);
   EXPECT_EQ(output, "Program ended with exit code 3\n");
   EXPECT_EQ(CurrentProcess, nullptr);
@@ -127,7 +129,7 @@ TEST_F(StartupTest, AConsoleSessionReportsTheEndAndClosesThePocess) {
 
 TEST_F(StartupTest, RunToIsKeptAsADeferredBreakpointOfTheProcess) {
   target.system.add_file(L"p.exe", image(0x8664));
-  queue_run(0);
+  queue_run(L"p.exe", 0);
   EXPECT_EQ(session(args({L"/console", L"/runto", L"main.f95", L"12", L"p.exe"})), 0);
   ASSERT_NE(CurrentProcess, nullptr);
   ASSERT_EQ(CurrentProcess->deferred_breakpoints().size(), 1u);
@@ -148,7 +150,7 @@ TEST_F(StartupTest, SettingsAndEnvironmentFeedTheSession) {
   section["IgnoreException-9"] = "0";
   target.system.set_environment(L"SOURCEPATH", L"C:\\sources");
   LogCommandLine = true;
-  queue_run(0);
+  queue_run(L"p.exe", 0);
   EXPECT_EQ(session(args({L"/console", L"/silent", L"p.exe"})), 0);
   ASSERT_NE(CurrentProcess, nullptr);
   EXPECT_EQ(CurrentProcess->ignored_exceptions(), (std::vector<std::uint32_t>{0xE0005678, 0xC0000094}));
