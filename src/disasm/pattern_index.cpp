@@ -15,20 +15,6 @@ bool is_counted_prefix(unsigned byte) {
   return false;
 }
 
-bool has_letter_outside_alphabet(const char* bits) {
-  for (const char* p = bits; *p; ++p) {
-    switch (*p) {
-      case ' ': case '0': case '1': case 'R': case 'r': case 'X': case 'x': case 'M':
-      case 'm': case 'N': case 'C': case 'I': case 'J': case 'K': case 'L': case 'i':
-      case 'j': case 'k':
-        break;
-      default:
-        return true;
-    }
-  }
-  return false;
-}
-
 const char* skip_spaces(const char* p) {
   while (*p == ' ') ++p;
   return p;
@@ -63,10 +49,11 @@ struct FixedBits {
   }
 };
 
-enum class Reading { impossible, fixed, data_dependent };
-
-// Follows the row the way the decoder would until the key bytes are passed.
-Reading read_row(const char* p, std::size_t prefixes, bool rex, FixedBits& fixed) {
+// Follows the row the way the decoder would until the key bytes are passed, fixing the
+// bits it requires; false when the row contradicts itself. Where the row's reading comes
+// to depend on the instruction's data (past a ModRM byte, an immediate that the N bit may
+// drop), the bytes further on are left free.
+bool read_row(const char* p, std::size_t prefixes, bool rex, FixedBits& fixed) {
   const std::size_t rex_position = 8 * prefixes;
   const std::size_t stop = 8 * (prefixes + (rex ? 1 : 0) + 2);
   bool rex_present = false;
@@ -76,7 +63,7 @@ Reading read_row(const char* p, std::size_t prefixes, bool rex, FixedBits& fixed
   std::size_t cursor = 0;
   for (;;) {
     p = skip_spaces(p);
-    if (*p == '\0' || cursor >= stop) return Reading::fixed;
+    if (*p == '\0' || cursor >= stop) return true;
     if (!rex_checked && cursor == rex_position && next_group_is_rex(p)) {
       rex_checked = true;
       if (rex) {
@@ -98,7 +85,7 @@ Reading read_row(const char* p, std::size_t prefixes, bool rex, FixedBits& fixed
     }
     switch (const char c = *p++) {
       case 'I':
-        if (shift_count_bit) return Reading::data_dependent;
+        if (shift_count_bit) return true;
         cursor += 8;
         break;
       case 'J': case 'j': cursor += 16; break;
@@ -108,11 +95,11 @@ Reading read_row(const char* p, std::size_t prefixes, bool rex, FixedBits& fixed
       case '0':
         if (!(rex_present && (cursor == rex_position + 6 || cursor == rex_position + 7)) &&
             !fixed.fix(cursor, 0))
-          return Reading::impossible;
+          return false;
         ++cursor;
         break;
       case '1':
-        if (!fixed.fix(cursor, 1)) return Reading::impossible;
+        if (!fixed.fix(cursor, 1)) return false;
         ++cursor;
         break;
       case 'N':
@@ -122,7 +109,7 @@ Reading read_row(const char* p, std::size_t prefixes, bool rex, FixedBits& fixed
       case 'M': case 'm':
         ++cursor;
         // Past the ModRM byte the cursor moves by what the byte holds.
-        if (++memory_bits == 5 && cursor < stop) return Reading::data_dependent;
+        if (++memory_bits == 5) return true;
         break;
       default:
         (void)c;
@@ -141,13 +128,11 @@ unsigned PatternIndex::key_of(const std::uint8_t* window, std::size_t prefix_cou
 
 std::bitset<PatternIndex::kKeyCount> PatternIndex::keys_of_row(const char* bits) {
   std::bitset<kKeyCount> keys;
-  if (has_letter_outside_alphabet(bits)) return keys;  // such a row never matches
+  if (is_unmatchable(bits)) return keys;  // such a row never matches
   for (std::size_t prefixes = 0; prefixes <= kMaxCountedPrefixes; ++prefixes) {
     for (const bool rex : {false, true}) {
       FixedBits fixed;
-      const Reading reading = read_row(bits, prefixes, rex, fixed);
-      if (reading == Reading::data_dependent) return keys.set();
-      if (reading == Reading::impossible) continue;
+      if (!read_row(bits, prefixes, rex, fixed)) continue;
       bool possible = true;
       for (std::size_t i = 0; i < prefixes && possible; ++i) {
         possible = false;

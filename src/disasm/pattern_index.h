@@ -6,8 +6,8 @@
 // byte; for the two-byte opcodes (0x0F) it is 256 plus the byte after the 0x0F. A row is
 // filed under every key of an instruction it could match: its fixed bits are followed
 // through each possible prefix count, with and without REX, the way the decoder would
-// read them, and wherever the row's reading would depend on the instruction's data
-// before the key is known, the row is filed under every key.
+// read them; where the reading would come to depend on the instruction's data
+// (past a ModRM byte, say), the bytes further on are taken as free.
 #pragma once
 
 #include <array>

@@ -37,4 +37,7 @@ struct PatternRow {
 // Every row, including the end marker.
 std::span<const PatternRow> pattern_table();
 
+// True when the row holds a letter outside the alphabet, so that it can never match.
+bool is_unmatchable(const char* bits);
+
 }  // namespace vantor::disasm

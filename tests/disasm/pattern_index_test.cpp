@@ -1,0 +1,95 @@
+// The opcode index must find the same first row as a search of the whole table.
+#include "disasm/pattern_index.h"
+
+#include <gtest/gtest.h>
+
+#include "disasm/decoder.h"
+#include "disasm/instruction_text.h"
+#include "disasm/pattern_table.h"
+#include "disasm/row_samples.h"
+
+namespace vantor::disasm {
+namespace {
+
+std::span<const PatternRow> rows() {
+  const auto table = pattern_table();
+  return table.first(table.size() - 1);
+}
+
+void expect_same_decode(const std::uint8_t* window) {
+  const DecodedInstruction indexed = decode_instruction(window, RowSearch::indexed);
+  const DecodedInstruction linear = decode_instruction(window, RowSearch::linear);
+  std::string indexed_text, linear_text;
+  format_instruction(indexed, 0x401000, window, indexed_text);
+  format_instruction(linear, 0x401000, window, linear_text);
+  char bytes[3 * kWindowSize + 1] = "";
+  for (std::size_t i = 0; i < kWindowSize; ++i) std::snprintf(bytes + 3 * i, 4, "%02x ", window[i]);
+  ASSERT_EQ(indexed.row, linear.row) << bytes;
+  ASSERT_EQ(indexed.length, linear.length) << bytes;
+  ASSERT_EQ(indexed_text, linear_text) << bytes;
+}
+
+TEST(PatternIndexKeys, RowsAreFiledUnderTheirOpcodes) {
+  auto keys = [](const char* bits) { return PatternIndex::keys_of_row(bits); };
+  EXPECT_EQ(keys("1110 1000 k").count(), 1u);
+  EXPECT_TRUE(keys("1110 1000 k").test(0xE8));
+  const auto push = keys("0100 000R 0101 0RRR");
+  EXPECT_EQ(push.count(), 8u);
+  for (unsigned v = 0x50; v <= 0x57; ++v) EXPECT_TRUE(push.test(v));
+  EXPECT_EQ(keys("0000 1111 1000 0100 k").count(), 1u);
+  EXPECT_TRUE(keys("0000 1111 1000 0100 k").test(256 + 0x84));
+  const auto movsd = keys("1111 0010  0100 0X0x  0000 1111  0001 0000  11XXXxxx");
+  EXPECT_EQ(movsd.count(), 1u);
+  EXPECT_TRUE(movsd.test(256 + 0x10));
+  // A shift row covers C0/C1, D0/D1 and D2/D3 (and the RET bytes, which come first).
+  const auto shift = keys("0100 000R  110N 00C1  11100RRR  I");
+  EXPECT_EQ(shift.count(), 4u);
+  EXPECT_TRUE(shift.test(0xC1) && shift.test(0xD1) && shift.test(0xD3) && shift.test(0xC3));
+  EXPECT_TRUE(keys("1100 0101  dvvv vP01  0101 1000  mmXXXmmm").none());
+  EXPECT_TRUE(keys("1101 1001  1100 0SSS").none());
+}
+
+TEST(PatternIndexKeys, EveryRowIsFiledUnderTheKeyOfEachOfItsSamples) {
+  testing::RowSampler sampler(7);
+  for (std::size_t row = 0; row < rows().size(); ++row) {
+    if (is_unmatchable(rows()[row].bits)) continue;
+    const auto keys = PatternIndex::keys_of_row(rows()[row].bits);
+    for (int i = 0; i < 32; ++i) {
+      testing::RowSample sample;
+      ASSERT_TRUE(sampler.sample(rows()[row].bits, sample));
+      const unsigned key = PatternIndex::key_of(sample.bytes.data(), count_prefixes(sample.bytes.data()));
+      ASSERT_TRUE(keys.test(key)) << "row " << row << " \"" << rows()[row].bits << "\" key " << key;
+    }
+  }
+}
+
+TEST(PatternIndexSearch, SameFirstMatchAsLinearOnRowSamples) {
+  testing::RowSampler sampler(11);
+  for (std::size_t row = 0; row < rows().size(); ++row) {
+    if (is_unmatchable(rows()[row].bits)) continue;
+    for (int i = 0; i < 2; ++i) {
+      testing::RowSample sample;
+      ASSERT_TRUE(sampler.sample(rows()[row].bits, sample));
+      expect_same_decode(sample.bytes.data());
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
+TEST(PatternIndexSearch, SameFirstMatchAsLinearOnRandomBytes) {
+  testing::RowSampler random(3);
+  static constexpr std::uint8_t kLeads[] = {0x66, 0xF2, 0xF3, 0x67, 0x48, 0x4C, 0x41, 0x0F,
+                                            0xF0, 0x65, 0x2E, 0xC4, 0xC5, 0xD8, 0xDD, 0xDF};
+  std::uint8_t window[kWindowSize];
+  for (int i = 0; i < 2000; ++i) {
+    for (std::uint8_t& b : window) b = random.byte();
+    // Start many windows with prefixes, REX and escape bytes so the tricky paths are taken.
+    const int leads = static_cast<int>(random.engine()() % 4);
+    for (int k = 0; k < leads; ++k) window[k] = kLeads[random.engine()() % std::size(kLeads)];
+    expect_same_decode(window);
+    if (HasFatalFailure()) return;
+  }
+}
+
+}  // namespace
+}  // namespace vantor::disasm
