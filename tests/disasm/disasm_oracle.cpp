@@ -209,11 +209,19 @@ std::string canonical_register(const std::string& name) {
     names["ch"] = "RBP";
     names["dh"] = "RSI";
     names["bh"] = "RDI";
+    char lower[8], upper[8];
     for (int n = 8; n < 16; ++n) {
-      const std::string r = "r" + std::to_string(n);
-      for (const char* suffix : {"", "d", "w", "b", "l"}) names[r + suffix] = "R" + std::to_string(n);
+      std::snprintf(upper, sizeof upper, "R%d", n);
+      for (const char* suffix : {"", "d", "w", "b", "l"}) {
+        std::snprintf(lower, sizeof lower, "r%d%s", n, suffix);
+        names[lower] = upper;
+      }
     }
-    for (int n = 0; n < 16; ++n) names["xmm" + std::to_string(n)] = "XMM" + std::to_string(n);
+    for (int n = 0; n < 16; ++n) {
+      std::snprintf(lower, sizeof lower, "xmm%d", n);
+      std::snprintf(upper, sizeof upper, "XMM%d", n);
+      names[lower] = upper;
+    }
     names["rip"] = "RIP";
     return names;
   }();
