@@ -97,7 +97,7 @@ std::int32_t assign(const element& target, const element& value, TargetMemory& m
     std::vector<std::uint8_t> text(static_cast<std::size_t>(std::clamp<std::int64_t>(value.size, 0, 1 << 24)));
     if (!read_value(value, memory, text.data())) return kErrorIllegalPointer;
     std::fill(bytes.begin(), bytes.end(), ' ');
-    std::memcpy(bytes.data(), text.data(), std::min(text.size(), bytes.size()));
+    if (!text.empty()) std::memcpy(bytes.data(), text.data(), std::min(text.size(), bytes.size()));
   } else if (t == kTypePointer8) {
     if (v != kTypePointer8 && !is_integer_type(v)) return kErrorTypesIncompatible;
     if (v == kTypePointer8 && !same_type(target, value) && value.next && value.next->type != kTypeVoid &&

@@ -92,6 +92,9 @@ TEST_F(AssignmentTest, CharactersLogicalsBitFieldsAndPointers) {
   set_constant(*text, "abcdefgh", 8, kTypeCharacter);
   EXPECT_EQ(assign(*at(kTypeCharacter, 0, 3), *text, target.memory), 0);
   EXPECT_EQ(target.system.peek(kData, 4), (std::vector<std::uint8_t>{'a', 'b', 'c', ' '}));
+  set_constant(*text, nullptr, 0, kTypeCharacter);  // '' blanks the whole target
+  EXPECT_EQ(assign(*at(kTypeCharacter, 0, 3), *text, target.memory), 0);
+  EXPECT_EQ(target.system.peek(kData, 4), (std::vector<std::uint8_t>{' ', ' ', ' ', ' '}));
 
   EXPECT_EQ(assign(*at(kTypeLogical4, 8), *integer(5), target.memory), 0);
   EXPECT_EQ(peek<std::int32_t>(8), 1);
