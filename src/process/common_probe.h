@@ -22,6 +22,7 @@
 #include <cstdint>
 
 #include "os/os.h"
+#include "process/exception_names.h"
 #include "process/target_memory.h"
 
 namespace vantor {
@@ -29,9 +30,6 @@ namespace vantor {
 constexpr const char* kCommonInfoRoutine = "__get_common_info";
 // Where the borrowed thread "returns" to.
 constexpr Address kProbeReturnTrap = 0xC0DE;
-constexpr std::uint32_t kAccessViolation = 0xC0000005;
-constexpr std::uint32_t kBreakpointException = 0x80000003;
-constexpr std::uint32_t kSingleStepException = 0x80000004;
 
 struct TargetCall {
   os::Handle process = 0;

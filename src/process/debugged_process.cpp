@@ -3,13 +3,17 @@
 #include "debuginfo/module.h"
 #include "debuginfo/source_file.h"
 #include "debuginfo/source_files.h"
+#include "process/process_breakpoint_host.h"
 #include "stack/call_stack.h"
 
 namespace vantor {
 
 DebuggedProcess* CurrentProcess = nullptr;
 
-DebuggedProcess::DebuggedProcess() = default;
+DebuggedProcess::DebuggedProcess()
+    : breakpoint_host_(std::make_unique<ProcessBreakpointHost>(*this)),
+      breakpoints_(std::make_unique<BreakpointList>(*breakpoint_host_, hardware_slots_)),
+      stepping_(std::make_unique<Stepping>(*breakpoint_host_, *breakpoints_, hardware_slots_)) {}
 DebuggedProcess::~DebuggedProcess() = default;
 
 std::size_t DebuggedProcess::read(Address address, void* buffer, std::size_t size) {

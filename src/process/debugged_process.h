@@ -11,7 +11,9 @@
 #include <vector>
 
 #include "os/os.h"
-#include "process/breakpoint_info.h"
+#include "process/breakpoint_list.h"
+#include "process/hardware_slots.h"
+#include "process/stepping.h"
 #include "process/target_memory.h"
 
 namespace vantor {
@@ -90,14 +92,20 @@ class DebuggedProcess : public TargetMemory {
   // Reads the stopped thread's registers into context(); the call stack is walked from them.
   void refresh_call_stack();
 
-  // ---- breakpoints and line traps ----
-  bool line_traps_armed() const { return line_traps_armed_; }
-  void arm_line_traps();
-  void disarm_line_traps();
-  void lift_breakpoints();
-  void add_deferred_breakpoint(deferred_breakpoint request);
-  const std::vector<deferred_breakpoint>& deferred_breakpoints() const { return deferred_breakpoints_; }
-  void retry_deferred_breakpoints();
+  // ---- breakpoints, line traps, hardware slots and stepping ----
+  BreakpointList& breakpoints() { return *breakpoints_; }
+  const BreakpointList& breakpoints() const { return *breakpoints_; }
+  HardwareSlots& hardware_slots() { return hardware_slots_; }
+  Stepping& stepping() { return *stepping_; }
+  bool line_traps_armed() const { return breakpoints_->line_traps_armed(); }
+  void arm_line_traps() { breakpoints_->arm_line_traps(); }
+  void disarm_line_traps() { breakpoints_->disarm_line_traps(); }
+  void lift_breakpoints() { breakpoints_->lift_breakpoints(); }
+  void add_deferred_breakpoint(const deferred_breakpoint& request);
+  const std::vector<deferred_breakpoint>& deferred_breakpoints() const { return breakpoints_->deferred(); }
+  void retry_deferred_breakpoints() { breakpoints_->retry_deferred_breakpoints(); }
+  // The run mode of the run under way (or of the last one).
+  std::int32_t run_mode() const { return run_mode_; }
 
   // ---- deferred items ----
   // Notes that arise while the program runs and wait for the debugger to be idle: the idle
@@ -121,6 +129,9 @@ class DebuggedProcess : public TargetMemory {
   // ---- call stacks ----
   CallStack* current_stack() const { return current_stack_.get(); }
   CallStack* previous_stack() const { return previous_stack_.get(); }
+  // A trap that does not stop the program is not shown: the stack taken before it becomes
+  // the current one again.
+  void restore_previous_call_stack();
 
  protected:
   // ---- the debug-event loop, one handler per event kind (debug_events.cpp) ----
@@ -146,14 +157,12 @@ class DebuggedProcess : public TargetMemory {
   // already psStopped and the registers read: true to stop, false to run on.
   bool decide_at_trap(const os::DebugEvent& event);
 
-  void set_trap_flag(bool on);
   void continue_pending_event(std::uint32_t status);
 
   bool launched_ = false;
   bool main_thread_suspended_ = false;
   bool event_pending_ = false;
   bool loader_breakpoint_seen_ = false;
-  bool line_traps_armed_ = false;
   bool silent_first_stop_handled_ = false;
   bool pause_requested_ = false;
   bool waiting_window_shown_ = false;
@@ -161,7 +170,6 @@ class DebuggedProcess : public TargetMemory {
   os::DebugEvent debug_event_;
   std::map<std::uint32_t, os::Handle> threads_;  // thread id -> handle, from thread events
   std::vector<std::uint32_t> ignored_exceptions_;
-  std::vector<deferred_breakpoint> deferred_breakpoints_;
   std::vector<std::string> deferred_items_;
   std::vector<std::string> handled_items_;
 
@@ -175,6 +183,12 @@ class DebuggedProcess : public TargetMemory {
   std::vector<std::unique_ptr<source_file>> source_files_;
   std::unique_ptr<CallStack> current_stack_;
   std::unique_ptr<CallStack> previous_stack_;
+
+  std::int32_t run_mode_ = 0;
+  HardwareSlots hardware_slots_;
+  std::unique_ptr<BreakpointHost> breakpoint_host_;
+  std::unique_ptr<BreakpointList> breakpoints_;
+  std::unique_ptr<Stepping> stepping_;
 };
 
 // The one debugged process of the session; replaced on restart.

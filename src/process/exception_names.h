@@ -7,6 +7,11 @@
 
 namespace vantor {
 
+// The exceptions the debug-event loop treats itself rather than by name.
+constexpr std::uint32_t kAccessViolation = 0xC0000005;
+constexpr std::uint32_t kBreakpointException = 0x80000003;
+constexpr std::uint32_t kSingleStepException = 0x80000004;
+
 struct exception_name {
   std::uint32_t code;
   const char* text;

@@ -55,7 +55,6 @@ bool DebuggedProcess::launch(const std::wstring& command_line) {
 std::int32_t DebuggedProcess::run(std::int32_t mode) {
   if (!launched_ || !can_run()) return state_;
   prepare_run(mode);
-  set_trap_flag(mode == kModeOneInstruction);
   if (main_thread_suspended_) {
     os::system().resume_thread(process_info_.thread);
     main_thread_suspended_ = false;
@@ -63,16 +62,6 @@ std::int32_t DebuggedProcess::run(std::int32_t mode) {
   state_ = psRunning;
   if (event_pending_) continue_pending_event(os::kContinue);
   return wait_for_stop();
-}
-
-void DebuggedProcess::set_trap_flag(bool on) {
-  bool is_on = (context_.eflags & os::kTrapFlag) != 0;
-  if (on == is_on) return;
-  if (on)
-    context_.eflags |= os::kTrapFlag;
-  else
-    context_.eflags &= ~os::kTrapFlag;
-  os::system().set_context(event_thread_handle(), context_);
 }
 
 void DebuggedProcess::continue_pending_event(std::uint32_t status) {

@@ -8,6 +8,7 @@
 
 #include "process/breakpoint_host.h"
 #include "process/breakpoint_list.h"
+#include "process/exception_names.h"
 #include "process/hardware_slots.h"
 
 namespace vantor {
@@ -20,9 +21,6 @@ enum RunMode : std::int32_t {
   kModeOneInstruction = 6,
   kModeStepOut = 8,
 };
-
-constexpr std::uint32_t kBreakpointException = 0x80000003;
-constexpr std::uint32_t kSingleStepException = 0x80000004;
 
 struct TrapVerdict {
   bool stop = true;

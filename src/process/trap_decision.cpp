@@ -1,35 +1,28 @@
-// Where breakpoints, line traps and hardware slots meet the run operation: what is set up
-// before each run, and whether a trap stops the program. Until the breakpoint list and the
-// stepping rules take the decision, every trap that reaches it stops: a line start while
-// the line traps are armed, a breakpoint instruction compiled into the program, the end
-// of an instruction step.
-#include "debuginfo/module.h"
+// Where breakpoints, line traps and hardware slots meet the run operation: the start of
+// every run, and whether a trap stops the program.
 #include "process/debugged_process.h"
+#include "process/process_breakpoint_host.h"
+#include "stack/call_stack.h"
 
 namespace vantor {
 
-void DebuggedProcess::prepare_run(std::int32_t) {
-  retry_deferred_breakpoints();
-  refresh_call_stack();
+void DebuggedProcess::prepare_run(std::int32_t mode) {
+  run_mode_ = mode;
+  stepping_->start_run(mode);
 }
 
-bool DebuggedProcess::decide_at_trap(const os::DebugEvent&) {
-  lift_breakpoints();
-  return true;
+bool DebuggedProcess::decide_at_trap(const os::DebugEvent& event) {
+  TrapVerdict verdict = stepping_->at_trap(run_mode_, event.exception_code, event.exception_address);
+  stop_reason_ = verdict.stop_reason;
+  return verdict.stop;
 }
 
-void DebuggedProcess::arm_line_traps() {
-  for (const auto& module : modules_) module->set_line_traps(true);
-  line_traps_armed_ = true;
+void DebuggedProcess::add_deferred_breakpoint(const deferred_breakpoint& request) {
+  breakpoints_->add_deferred_breakpoint(request.file, request.line, request.after, request.every, request.condition);
 }
 
-void DebuggedProcess::disarm_line_traps() {
-  if (!line_traps_armed_) return;
-  for (const auto& module : modules_) module->set_line_traps(false);
-  line_traps_armed_ = false;
+void DebuggedProcess::restore_previous_call_stack() {
+  if (previous_stack_) current_stack_ = std::move(previous_stack_);
 }
-
-// No code breakpoint is planted yet: the breakpoint list arrives with the breakpoint engine.
-void DebuggedProcess::lift_breakpoints() {}
 
 }  // namespace vantor
