@@ -11,4 +11,8 @@ export ASAN_OPTIONS=detect_leaks=0
 "$f95mini" --dll "$src/lines_lib.f95" -o lines_lib.dll
 "$f95mini" --dll "$src/lines_moved.f95" -o lines_moved.dll
 "$f95mini" --link lines_lib.dll --c "$src/load_moved.c" "$src/lines.f95" -o lines.exe
-echo "built lines.exe, lines_lib.dll and lines_moved.dll in $out"
+"$f95mini" "$src/stepping.f95" -o stepping.exe
+"$f95mini" "$src/data_watch.f95" -o data_watch.exe
+"$f95mini" --dll "$src/late_dll_lib.f95" -o late_dll_lib.dll
+"$f95mini" --c "$src/late_dll_loader.c" "$src/late_dll.f95" -o late_dll.exe
+echo "built the test programs in $out"
