@@ -1,0 +1,203 @@
+// What a breakpoint hit that does not stop and a step over a call cost under Wine, in time
+// and in cross-process calls, against the raw debug-event round trip of the same program
+// measured in the same run.
+//   breakpoints_wine.exe PROGRAM.exe SOURCE COUNTED_LINE CALL_LINE [HITS] [STEPS]
+// The program loops over COUNTED_LINE and CALL_LINE (a call of a routine with debug
+// information) more times than HITS + HITS + STEPS.
+#include <windows.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "common/messages.h"
+#include "os/win32/win32_system.h"
+#include "process/debugged_process.h"
+#include "winlib/headless_library.h"
+
+namespace {
+
+using namespace vantor;
+
+// The Win32 layer, counting every call that crosses into the debugged process or waits on
+// it. The system walker's reads come through read_memory too.
+class CountingSystem : public os::Win32System {
+ public:
+  struct Counts {
+    std::size_t reads = 0, writes = 0, get_contexts = 0, set_contexts = 0, waits = 0, continues = 0, walks = 0;
+    std::size_t total() const { return reads + writes + get_contexts + set_contexts + waits + continues + walks; }
+  };
+  std::size_t read_memory(os::Handle process, os::Address address, void* buffer, std::size_t size) override {
+    ++counts.reads;
+    return Win32System::read_memory(process, address, buffer, size);
+  }
+  std::size_t write_memory(os::Handle process, os::Address address, const void* buffer, std::size_t size) override {
+    ++counts.writes;
+    return Win32System::write_memory(process, address, buffer, size);
+  }
+  bool get_context(os::Handle thread, os::ThreadContext& context) override {
+    ++counts.get_contexts;
+    return Win32System::get_context(thread, context);
+  }
+  bool set_context(os::Handle thread, const os::ThreadContext& context) override {
+    ++counts.set_contexts;
+    return Win32System::set_context(thread, context);
+  }
+  bool wait_for_event(os::DebugEvent& event, std::uint32_t timeout_ms) override {
+    ++counts.waits;
+    return Win32System::wait_for_event(event, timeout_ms);
+  }
+  bool continue_event(std::uint32_t process_id, std::uint32_t thread_id, std::uint32_t status) override {
+    ++counts.continues;
+    return Win32System::continue_event(process_id, thread_id, status);
+  }
+  bool stack_walk(os::Handle process, os::Handle thread, os::WalkFrame& frame, os::ThreadContext& context,
+                  os::WalkMemoryReader reader, void* cookie) override {
+    ++counts.walks;
+    return Win32System::stack_walk(process, thread, frame, context, reader, cookie);
+  }
+  Counts counts;
+};
+
+using Clock = std::chrono::steady_clock;
+
+double milliseconds_since(Clock::time_point start) {
+  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+void report(const char* what, int count, double ms, const CountingSystem::Counts& before,
+            const CountingSystem::Counts& after) {
+  auto per = [count](std::size_t a, std::size_t b) { return static_cast<double>(a - b) / count; };
+  std::printf("%-30s %6d %9.3f %7.1f   %5.1f %5.1f %5.1f %5.1f %5.1f %5.1f %5.1f\n", what, count, ms / count,
+              per(after.total(), before.total()), per(after.reads, before.reads), per(after.writes, before.writes),
+              per(after.get_contexts, before.get_contexts), per(after.set_contexts, before.set_contexts),
+              per(after.waits, before.waits), per(after.continues, before.continues), per(after.walks, before.walks));
+}
+
+// The main loop's part of a run command: the line traps switched for the mode.
+std::int32_t command(DebuggedProcess& process, std::int32_t mode) {
+  if (mode == kModeStepInto || mode == kModeStepOver || mode == kModeStepOut)
+    process.arm_line_traps();
+  else
+    process.disarm_line_traps();
+  return process.run(mode);
+}
+
+}  // namespace
+
+int wmain(int argc, wchar_t** argv) {
+  if (argc < 5) {
+    std::printf("usage: breakpoints_wine PROGRAM.exe SOURCE COUNTED_LINE CALL_LINE [HITS] [STEPS]\n");
+    return 2;
+  }
+  std::wstring wide_source = argv[2];
+  const std::string source(wide_source.begin(), wide_source.end());
+  const int counted_line = _wtoi(argv[3]), call_line = _wtoi(argv[4]);
+  const int hits = argc > 5 ? std::max(1, _wtoi(argv[5])) : 500;
+  const int steps = argc > 6 ? std::max(1, _wtoi(argv[6])) : 200;
+
+  CountingSystem system;
+  os::set_system(&system);
+  winlib::HeadlessLibrary windows;
+  winlib::set_window_library(&windows);
+  ConsoleMode = true;
+
+  DebuggedProcess process;
+  if (!process.launch(L"\"" + std::wstring(argv[1]) + L"\"") || command(process, kModeStepInto) != psStopped) {
+    std::printf("could not start the program: %s\n", process.status_text().c_str());
+    return 1;
+  }
+  std::printf("%-30s %6s %9s %7s   %5s %5s %5s %5s %5s %5s %5s\n", "per operation", "count", "ms", "calls", "read",
+              "write", "getcx", "setcx", "wait", "cont", "walk");
+
+  // ---- the raw round trip: a trap byte over the counted line, and nothing but continue
+  // and wait between two of its hits, as the smallest debugger loop has it.
+  Address counted = 0;
+  {
+    std::int64_t id = process.breakpoints().set_breakpoint(source, counted_line, 1, 1, "");
+    if (id < 1) {
+      std::printf("no code at %s:%d\n", source.c_str(), counted_line);
+      return 1;
+    }
+    counted = process.breakpoints().find(static_cast<std::uint32_t>(id))->address;
+    process.breakpoints().remove_breakpoint(static_cast<std::uint32_t>(id));
+  }
+  // The machine may be busy with other work: the raw loop and the breakpoint hits take
+  // turns, in rounds, so that both see the same load.
+  const int rounds = 5, per_round = std::max(1, hits / rounds);
+  const std::uint8_t trap = 0xCC, no_operation = 0x90;
+  const std::uint32_t pid = process.debug_event().process_id, tid = process.debug_event().thread_id;
+  CountingSystem::Counts raw_counts{}, hit_counts{};
+  double raw_total = 0, hit_total = 0;
+  auto add = [](CountingSystem::Counts& sum, const CountingSystem::Counts& a, const CountingSystem::Counts& b) {
+    sum.reads += a.reads - b.reads;
+    sum.writes += a.writes - b.writes;
+    sum.get_contexts += a.get_contexts - b.get_contexts;
+    sum.set_contexts += a.set_contexts - b.set_contexts;
+    sum.waits += a.waits - b.waits;
+    sum.continues += a.continues - b.continues;
+    sum.walks += a.walks - b.walks;
+  };
+  for (int round = 0; round < rounds; ++round) {
+    process.disarm_line_traps();
+    process.write(counted, &trap, 1);
+    auto before = system.counts;
+    auto start = Clock::now();
+    for (int hit = 0; hit < per_round;) {
+      system.continue_event(pid, tid, os::kContinue);
+      os::DebugEvent event;
+      if (!system.wait_for_event(event, 30000) || event.kind == os::kExitProcessEvent) {
+        std::printf("the program ended before the measurements\n");
+        return 1;
+      }
+      if (event.kind == os::kExceptionEvent && event.exception_address == counted) ++hit;
+    }
+    raw_total += milliseconds_since(start);
+    add(raw_counts, system.counts, before);
+    // The last trap stays pending: the process continues it on its next run.
+    process.write(counted, &no_operation, 1);
+
+    // A counted breakpoint: every hit but the last runs on.
+    std::int64_t id = process.breakpoints().set_breakpoint(source, counted_line, per_round, 1, "");
+    before = system.counts;
+    start = Clock::now();
+    if (command(process, kModeGo) != psStopped) {
+      std::printf("the breakpoint did not stop: %s\n", process.status_text().c_str());
+      return 1;
+    }
+    hit_total += milliseconds_since(start);
+    add(hit_counts, system.counts, before);
+    process.breakpoints().remove_breakpoint(static_cast<std::uint32_t>(id));
+  }
+  const int measured = rounds * per_round;
+  report("raw debug-event round trip", measured, raw_total, CountingSystem::Counts{}, raw_counts);
+  report("breakpoint hit, no stop", measured, hit_total, CountingSystem::Counts{}, hit_counts);
+  const double raw_ms = raw_total / measured;
+
+  // ---- step over the call line, from a stop there
+  process.breakpoints().set_breakpoint(source, call_line, 1, 1, "");
+  CountingSystem::Counts stepping{};
+  double step_total = 0;
+  for (int step = 0; step < steps; ++step) {
+    if (command(process, kModeGo) != psStopped) {
+      std::printf("the program ended after %d steps\n", step);
+      return 1;
+    }
+    auto before = system.counts;
+    auto start = Clock::now();
+    if (command(process, kModeStepOver) != psStopped) {
+      std::printf("a step over did not stop: %s\n", process.status_text().c_str());
+      return 1;
+    }
+    step_total += milliseconds_since(start);
+    add(stepping, system.counts, before);
+  }
+  report("step over a call", steps, step_total, CountingSystem::Counts{}, stepping);
+
+  std::printf("\nbreakpoint hit / raw round trip: %.1f\nstep over / raw round trip:      %.1f\n",
+              hit_total / measured / raw_ms, step_total / steps / raw_ms);
+  process.end();
+  winlib::set_window_library(nullptr);
+  return 0;
+}
