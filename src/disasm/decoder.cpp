@@ -122,14 +122,7 @@ void add_bit(Operand& operand, OperandKind kind, unsigned bit) {
   operand.number = (operand.number << 1) | bit;
 }
 
-}  // namespace
-
-std::size_t count_prefixes(const std::uint8_t* window) {
-  std::size_t count = 0;
-  while (count < kMaxCountedPrefixes && is_counted_prefix(window[count])) ++count;
-  return count;
-}
-
+// Walks one row over the instruction's bits; true when the row reaches its end.
 bool match_row(const char* p, const std::uint8_t* window, std::size_t rex_position,
                DecodedInstruction& out) {
   const BitReader bits(window);
@@ -233,6 +226,14 @@ bool match_row(const char* p, const std::uint8_t* window, std::size_t rex_positi
   out.length = cursor / 8;
   out.mnemonic = Mnemonic::NONE;
   return out.length > 0;
+}
+
+}  // namespace
+
+std::size_t count_prefixes(const std::uint8_t* window) {
+  std::size_t count = 0;
+  while (count < kMaxCountedPrefixes && is_counted_prefix(window[count])) ++count;
+  return count;
 }
 
 DecodedInstruction decode_instruction(const std::uint8_t* window, RowSearch search) {

@@ -58,8 +58,4 @@ std::size_t count_prefixes(const std::uint8_t* window);
 DecodedInstruction decode_instruction(const std::uint8_t* window,
                                       RowSearch search = RowSearch::indexed);
 
-// Tries one row; exposed so that tests can check rows one at a time.
-bool match_row(const char* bits, const std::uint8_t* window, std::size_t rex_position,
-               DecodedInstruction& out);
-
 }  // namespace vantor::disasm
