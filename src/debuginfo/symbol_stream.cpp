@@ -186,6 +186,7 @@ bool SymbolStreamReader::read_derived_type() {
   UserSpaceBuffer& buffer = *buffer_;
   auto type = std::make_unique<DerivedTypeRecord>();
   type->key = key_here();
+  buffer.read_32();  // the key as the compiler stored it; the record's position is what counts
   char name[kLongestName + 1];
   buffer.read_string(name, sizeof name);
   type->name = name;
@@ -204,6 +205,7 @@ bool SymbolStreamReader::read_derived_type() {
 void SymbolStreamReader::read_common_block() {
   auto block = std::make_unique<CommonBlockRecord>();
   block->key = key_here();
+  buffer_->read_32();  // the stored key, as for types
   char name[kLongestName + 1];
   buffer_->read_string(name, sizeof name);
   block->name = std::string("/") + name + "/";

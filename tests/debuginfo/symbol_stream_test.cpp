@@ -239,7 +239,7 @@ TEST_F(SymbolStreamTest, ARoutineWithoutADebugBlockHasNoSymbols) {
 
 TEST_F(SymbolStreamTest, CorruptCountsInsideTheStreamAreRefused) {
   RoutineBuilder& sub = routine();
-  sub.raw_tag(1).raw_bytes({'T', 0, 0xFF, 0xFF, 0xFF, 0x7F});  // a type of 2^31 - 1 components
+  sub.raw_tag(1).raw_bytes({0, 0, 0, 0, 'T', 0, 0xFF, 0xFF, 0xFF, 0x7F});  // key, name, 2^31 - 1 components
   MapEntry& entry = load_routine();
   EXPECT_FALSE(load_routine_symbols(process, entry));
   VariableSpec huge = VariableSpec::at("HUGE", 4, kDebugCharacter, 0, 0x7FFFFFFF);

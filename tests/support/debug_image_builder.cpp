@@ -141,6 +141,7 @@ RoutineBuilder& RoutineBuilder::define_type(int handle, const std::vector<Variab
   TypeSlot& slot = types_.at(static_cast<std::size_t>(handle));
   slot.key = key_of_next_record();
   stream_.push_back(kTagDerivedType);
+  put(stream_, *slot.key);
   put_text(stream_, slot.name);
   put(stream_, static_cast<std::int32_t>(components.size()));
   for (const VariableSpec& component : components) write_variable(component);
@@ -156,6 +157,7 @@ int RoutineBuilder::derived_type(const std::string& name, const std::vector<Vari
 int RoutineBuilder::common_block(const std::string& name) {
   common_keys_.push_back(key_of_next_record());
   stream_.push_back(kTagCommonBlock);
+  put(stream_, common_keys_.back());
   put_text(stream_, name);
   return static_cast<int>(common_keys_.size() - 1);
 }
