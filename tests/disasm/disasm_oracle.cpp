@@ -472,6 +472,20 @@ Report compare(const std::vector<Listed>& listed, const std::set<std::string>& f
   return report;
 }
 
+// The decoder reads 64-bit code only; a 32-bit image (a debuggee built to test the
+// refusal of such programs) would be compared in the wrong mode.
+bool is_x64_image(const std::string& binary) {
+  FILE* f = std::fopen(binary.c_str(), "rb");
+  if (!f) return false;
+  unsigned char header[4096] = {};
+  const std::size_t got = std::fread(header, 1, sizeof header, f);
+  std::fclose(f);
+  if (got < 0x40 || header[0] != 'M' || header[1] != 'Z') return false;
+  const std::size_t pe = header[0x3c] | (header[0x3d] << 8);
+  if (pe + 6 > got || header[pe] != 'P' || header[pe + 1] != 'E') return false;
+  return (header[pe + 4] | (header[pe + 5] << 8)) == 0x8664;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -502,6 +516,10 @@ int main(int argc, char** argv) {
       std::fclose(f);
     } else {
       std::printf("%s: not found, skipped\n", binary.c_str());
+      continue;
+    }
+    if (!is_x64_image(binary)) {
+      std::printf("%s: not an x86-64 image, skipped\n", binary.c_str());
       continue;
     }
     const std::vector<Listed> listed = run_objdump(objdump, binary);
