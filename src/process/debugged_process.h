@@ -8,7 +8,10 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "debuginfo/common_block_cache.h"
 
 #include "os/os.h"
 #include "process/breakpoint_list.h"
@@ -129,9 +132,29 @@ class DebuggedProcess : public TargetMemory {
   // ---- call stacks ----
   CallStack* current_stack() const { return current_stack_.get(); }
   CallStack* previous_stack() const { return previous_stack_.get(); }
-  // A trap that does not stop the program is not shown: the stack taken before it becomes
-  // the current one again.
+  // Rebuilds the current call stack from the stopped thread's registers (read afresh into
+  // context()); the stack it replaces is kept as the previous one.
+  void refresh_call_stack();
+  // Puts the previous call stack back as the current one: a step that runs on after
+  // passing through a callee wants the stack it started from.
   void restore_previous_call_stack();
+  // Initialises the system's debug-help library for this process, once; false if it fails.
+  bool ensure_symbol_handler();
+
+  // ---- names and COMMON blocks ----
+  // Start of the routine with exactly that name in any module; 0 if none.
+  Address routine_address(std::string_view name) const;
+  // The address of an external name: a routine of any module; 0 if none.
+  Address address_of_name(std::string_view name);
+  // The storage of the COMMON block of that exact name ("/NAME/"); 0 when the program's
+  // run-time list does not hold it (or the list is not known yet).
+  Address common_block_address(std::string_view name);
+  // Every COMMON block of the program, the run-time list walked afresh for new ones.
+  const std::vector<CommonBlock>& common_blocks();
+  // Where the run-time library keeps the head of its COMMON list; all ones until known.
+  Address common_info_address() const { return common_info_address_; }
+  void set_common_info_address(Address address) { common_info_address_ = address; }
+  std::uint32_t common_probe_attempts() const { return common_probe_attempts_; }
 
  protected:
   // ---- the debug-event loop, one handler per event kind (debug_events.cpp) ----
@@ -189,6 +212,14 @@ class DebuggedProcess : public TargetMemory {
   std::unique_ptr<BreakpointHost> breakpoint_host_;
   std::unique_ptr<BreakpointList> breakpoints_;
   std::unique_ptr<Stepping> stepping_;
+  bool symbol_handler_initialised_ = false;
+  Address common_info_address_ = ~Address{0};
+  std::uint32_t common_probe_attempts_ = 0;
+  CommonBlockCache common_cache_;
+
+ private:
+  // The first node of the run-time COMMON list; 0 when empty or not known.
+  Address common_list_head();
 };
 
 // The one debugged process of the session; replaced on restart.

@@ -36,11 +36,13 @@ class StackFrame {
   StackFrame(const StackFrame&) = delete;
   StackFrame& operator=(const StackFrame&) = delete;
 
-  // Makes the routine's symbols ready (reads its symbol stream the first time).
+  // Makes the routine's symbols ready: reads its symbol stream the first time any frame of
+  // the routine needs it. Frames without symbols do nothing.
   virtual void load_symbols() {}
   // Number of the routine's own variables; 0 for frames without symbols.
   virtual int variable_count() { return 0; }
-  // The typed value of the routine's variable with that index; null without symbols.
+  // The typed value of the routine's variable with that index (stream order, from 0);
+  // null without symbols or when the index is out of range.
   virtual std::unique_ptr<element> variable_element(int index);
   // The debug record of the routine's variable with that index; null without symbols.
   virtual const VariableRecord* variable_record(int /*index*/) { return nullptr; }
@@ -48,15 +50,20 @@ class StackFrame {
   virtual char member_separator() const { return '.'; }
   // The language code of values made in this frame (4 Fortran, 5 otherwise).
   virtual int language_code() const { return 5; }
+  // True when the routine has a line table with at least one record.
   virtual bool has_lines() const { return false; }
+  // The source file named by the routine's line table, as recorded; empty without one.
   virtual std::string source_file_name() const { return {}; }
+  // The name the stack window shows for the frame.
   virtual std::string routine_name() const = 0;
   virtual MapEntry* map_entry() const { return nullptr; }
-  // The typed value of the routine's variable of that name (case ignored); null if absent.
+  // The typed value of the routine's variable of that name (case ignored, first match);
+  // null if absent.
   virtual std::unique_ptr<element> find_variable(std::string_view name);
-  // Resolves `argument` inside a structure value (type code 22) through its component
-  // table; null for any other value.
+  // Resolves `argument` inside a structure value (type code 22) through the component
+  // table attached to it; null for any other value and for frames without symbols.
   virtual std::unique_ptr<element> find_in_scope(std::string_view argument, const element& value);
+  // Where the routine begins; the program counter when the frame cannot tell.
   virtual Address routine_start() const { return pc; }
   // The address of a variable by the address type and value of its record (or of one of
   // its variable array bounds, with the base its own address gave). Frames without debug
@@ -65,8 +72,14 @@ class StackFrame {
                                            const VariableRecord* variable, Address base);
 
   Address pc;
+  // For our compiler's frames the stack pointer the walk recorded at pc; for frames the
+  // system unwound, the walker's frame address.
   Address frame_base;
+  // For our compiler's frames the address of the slot holding the return address; for
+  // frames the system unwound, the return address itself.
   Address return_slot;
+  // Position in the call stack: counted from 1 for our compiler's frames, from 0 for
+  // frames the system unwound (the walk numbers them so; callers compare within a kind).
   std::int32_t index;
   DebuggedProcess* process;
   Module* module;

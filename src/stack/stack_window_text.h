@@ -1,0 +1,22 @@
+// What the call-stack window shows, as text: a status line built from the process's state
+// and one row per frame, innermost first. The window scrolls, selects and draws them.
+#pragma once
+
+#include <string>
+
+#include "ui/text_window.h"
+
+namespace vantor {
+
+class DebuggedProcess;
+
+// The first line of the window; empty in states that have nothing to report.
+std::string stack_status_line(const DebuggedProcess& process);
+
+// The status line, then one row per frame of the current call stack: the frame's name and,
+// when it knows its source position, " (file: line)" with the file's name after its last
+// backslash. Rows without a source position carry kRowWithoutSource. No rows once the
+// program has ended.
+void fill_stack_window(DebuggedProcess& process, ui::window_rows& rows, std::string& status);
+
+}  // namespace vantor

@@ -1,0 +1,79 @@
+// The process's call stacks and COMMON blocks.
+#include "debuginfo/list_rows.h"
+#include "stack/stack_test_support.h"
+
+namespace vantor {
+namespace {
+
+class ProcessSymbolsTest : public testing::StackTest {
+ protected:
+  void set_registers(Address pc, Address sp) {
+    os::ThreadContext& context = target.system.context(process.thread_handle());
+    context.rip = pc;
+    context.rsp = sp;
+  }
+  // The run-time list: the cell holds the first node; nodes follow one another.
+  void runtime_list(Address cell, const std::vector<CommonBlock>& blocks) {
+    Address node = cell + 0x100;
+    put(cell, blocks.empty() ? 0 : node);
+    for (std::size_t i = 0; i < blocks.size(); ++i, node += 0x100) {
+      put(node, i + 1 < blocks.size() ? node + 0x100 : 0);
+      put(node + 8, node + 0x40);
+      put(node + 16, blocks[i].address);
+      put(node + 24, blocks[i].size);
+      target.system.poke(node + 0x40, blocks[i].name.c_str(), blocks[i].name.size() + 1);
+    }
+  }
+};
+
+TEST_F(ProcessSymbolsTest, EachRefreshKeepsTheStackItReplaces) {
+  image.routine("MAIN", 0x1000, 0x40).line(1, 0);
+  image.routine("SUB", 0x1100, 0x40).line(2, 0);
+  load(image, L"C:\\build\\prog.exe", true);
+  code(image, "MAIN", small_frame_code(0x28));
+  code(image, "SUB", small_frame_code(0x28));
+  put(0x30000 + 0x28, image.address_of("MAIN") + 0x10);
+
+  EXPECT_EQ(process.current_stack(), nullptr);
+  set_registers(image.address_of("MAIN") + 6, 0x30030);
+  process.refresh_call_stack();
+  CallStack* first = process.current_stack();
+  ASSERT_EQ(first->depth(), 1);
+
+  set_registers(image.address_of("SUB") + 6, 0x30000);
+  process.refresh_call_stack();
+  EXPECT_EQ(process.previous_stack(), first);
+  EXPECT_EQ(process.current_stack()->depth(), 2);
+  EXPECT_EQ(process.context().rip, image.address_of("SUB") + 6);
+
+  process.restore_previous_call_stack();
+  EXPECT_EQ(process.current_stack(), first);
+}
+
+TEST_F(ProcessSymbolsTest, CommonBlocksOfTwoRoutinesShareOneAddressAndOneWalk) {
+  runtime_list(0x600000, {{0x610000, "/A/", 16}, {0x620000, "/SHARED/", 8}});
+  process.set_common_info_address(0x600000);
+  EXPECT_EQ(process.common_block_address("/SHARED/"), 0x620000u);
+  std::size_t reads = target.system.counters.reads;
+  EXPECT_EQ(process.common_block_address("/SHARED/"), 0x620000u);
+  EXPECT_EQ(process.common_block_address("/A/"), 0x610000u);
+  EXPECT_EQ(target.system.counters.reads, reads);
+
+  ui::window_rows rows;
+  std::string status;
+  fill_common_window(process, rows, status);
+  EXPECT_EQ(rows.text, (std::vector<std::string>{"/A/ = z'0000000000610000' - z'0000000000610010' (size z'10')",
+                                                 "/SHARED/ = z'0000000000620000' - z'0000000000620008' (size z'8')"}));
+}
+
+TEST_F(ProcessSymbolsTest, NoListMeansAddressZero) {
+  EXPECT_EQ(process.common_block_address("/A/"), 0u);  // the run-time library has not answered
+  EXPECT_EQ(target.system.counters.reads, 0u);
+  runtime_list(0x600000, {});
+  process.set_common_info_address(0x600000);
+  EXPECT_EQ(process.common_block_address("/A/"), 0u);
+  EXPECT_TRUE(process.common_blocks().empty());
+}
+
+}  // namespace
+}  // namespace vantor

@@ -1,0 +1,190 @@
+#include "stack/call_stack.h"
+
+#include "stack/f95_stack_frame.h"
+#include "stack/microsoft_stack_frame.h"
+#include "stack_test_support.h"
+
+namespace vantor {
+namespace {
+
+using testing::DebugImageBuilder;
+using testing::StackTest;
+
+constexpr Address kLibBase = 0x7FF800000000;
+
+class CallStackTest : public StackTest {};
+
+TEST_F(CallStackTest, RecursionDeeperThanFortyListsExactlyForty) {
+  image.routine("REC", 0x1000, 0x40).source("C:\\src\\rec.f95").line(10, 0).line(11, 5).line(12, 0x12);
+  load(image, L"C:\\build\\rec.exe", true);
+  code(image, "REC", small_frame_code(0x28));
+  Address rec = image.address_of("REC");
+
+  // Fifty activations, each returning into the call at line 11 of the one outside it.
+  Address sp = kStackHigh - 0x40 * 60;
+  const Address innermost_sp = sp;
+  for (int depth = 0; depth < 50; ++depth) {
+    put(sp + 0x28, rec + 0x10);
+    sp += 0x30;
+  }
+  std::size_t reads = target.system.counters.reads;
+  auto stack = walk(rec + 0x12, innermost_sp);
+
+  ASSERT_EQ(stack->depth(), CallStack::kMaxFrames);
+  for (std::int32_t i = 0; i < stack->depth(); ++i) {
+    const call_stack_item& item = stack->items()[static_cast<std::size_t>(i)];
+    EXPECT_EQ(item.pc, i == 0 ? rec + 0x12 : rec + 0x10);
+    EXPECT_EQ(item.sp, innermost_sp + 0x30 * static_cast<Address>(i));
+    EXPECT_EQ(item.return_slot, item.sp + 0x28);
+    EXPECT_EQ(item.frame->index, i + 1);  // our compiler's frames count from 1
+    EXPECT_EQ(item.frame->total_frames, 40);
+  }
+  // The stack and the code are read a page at a time, not a value at a time.
+  EXPECT_EQ(stack->walk_reads(), target.system.counters.reads - reads);
+  EXPECT_LE(stack->walk_reads(), 4u);
+}
+
+TEST_F(CallStackTest, StopOnARoutinesFirstByteFindsTheCallerAtTheStackPointer) {
+  image.routine("MAIN", 0x1000, 0x40).line(1, 0).line(2, 5);
+  image.routine("SUB", 0x1100, 0x40).line(20, 0).line(21, 5);
+  load(image, L"C:\\build\\prog.exe", true);
+  code(image, "MAIN", small_frame_code(0x48));
+  code(image, "SUB", small_frame_code(0x28));
+  Address sp = 0x30000;
+  put(sp, image.address_of("MAIN") + 0x20);  // pushed by the call, nothing allocated yet
+  put(sp + 8 + 0x48, 0);                     // MAIN's own return: the end of the walk
+
+  auto stack = walk(image.address_of("SUB"), sp);
+  ASSERT_EQ(stack->depth(), 2);
+  EXPECT_EQ(stack->items()[0].return_slot, sp);
+  EXPECT_EQ(stack->items()[1].pc, image.address_of("MAIN") + 0x20);
+  EXPECT_EQ(stack->items()[1].sp, sp + 8);
+  EXPECT_EQ(stack->items()[1].return_slot, sp + 8 + 0x48);
+}
+
+TEST_F(CallStackTest, CallbackThroughSystemCodeListsAllThreeKindsInOrder) {
+  image.routine("MAIN", 0x1000, 0x40).line(1, 0).line(2, 5);
+  image.routine("CALLBACK", 0x1100, 0x40).line(30, 0).line(31, 5);
+  load(image, L"C:\\build\\prog.exe", true);
+  code(image, "MAIN", small_frame_code(0x38));
+  code(image, "CALLBACK", small_frame_code(0x28));
+  DebugImageBuilder lib(kLibBase);
+  lib.no_debug_info();
+  load(lib, L"C:\\windows\\system32\\helper.dll", false);
+  target.system.add_symbol(kLibBase + 0x2000, 0x100, "apply_callback");
+
+  // CALLBACK's frame, then the frameless C routine's return into MAIN, then MAIN's frame.
+  Address sp = 0x30000;
+  put(sp + 0x28, kLibBase + 0x2040);
+  put(sp + 0x30, image.address_of("MAIN") + 0x20);
+  put(sp + 0x38 + 0x38, 0);
+
+  auto stack = walk(image.address_of("CALLBACK") + 6, sp);
+  ASSERT_EQ(stack->depth(), 3);
+  const auto& items = stack->items();
+  EXPECT_NE(dynamic_cast<F95StackFrame*>(items[0].frame.get()), nullptr);
+  EXPECT_EQ(items[0].frame->routine_name(), "CALLBACK");
+
+  auto* system_frame = dynamic_cast<MicrosoftStackFrame*>(items[1].frame.get());
+  ASSERT_NE(system_frame, nullptr);
+  EXPECT_EQ(system_frame->routine_name(), "apply_callback");
+  EXPECT_EQ(system_frame->displacement(), 0x40u);
+  EXPECT_EQ(system_frame->routine_start(), kLibBase + 0x2000);
+  EXPECT_EQ(system_frame->index, 1);  // system frames count from 0: the count before it
+  EXPECT_EQ(items[1].map_entry, nullptr);
+  EXPECT_EQ(items[1].return_slot, 0u);
+
+  EXPECT_EQ(items[2].frame->routine_name(), "MAIN");
+  EXPECT_EQ(items[2].frame->index, 3);
+  EXPECT_EQ(items[2].sp, sp + 0x38);
+  EXPECT_EQ(items[2].return_slot, sp + 0x38 + 0x38);
+}
+
+TEST_F(CallStackTest, SystemFramesWithoutASymbolAreNamedByModuleAndAddress) {
+  image.routine("MAIN", 0x1000, 0x40).line(1, 0);
+  load(image, L"C:\\build\\prog.exe", true);
+  DebugImageBuilder lib(kLibBase);
+  lib.no_debug_info();
+  load(lib, L"C:\\windows\\system32\\ntdll.dll", false);
+
+  // Stopped inside the library, three frameless calls deep, with no symbols at all.
+  Address sp = 0x30000;
+  put(sp, kLibBase + 0x3010);
+  put(sp + 8, kLibBase + 0x3020);
+  put(sp + 16, 0x7000);  // outside every module: the walk ends after this frame
+
+  auto stack = walk(kLibBase + 0x3000, sp);
+  ASSERT_EQ(stack->depth(), 3);
+  EXPECT_EQ(stack->items()[0].frame->routine_name(), "ntdll.dll!00007FF800003000");
+  EXPECT_EQ(stack->items()[0].frame->index, 0);
+  EXPECT_EQ(stack->items()[2].frame->routine_name(), "ntdll.dll!00007FF800003020");
+  EXPECT_EQ(stack->items()[2].frame->routine_start(), kLibBase + 0x3020);
+}
+
+TEST_F(CallStackTest, WalkEndsQuietlyWhereItCannotGoOn) {
+  image.routine("MAIN", 0x1000, 0x40).line(1, 0);
+  load(image, L"C:\\build\\prog.exe", true);
+  code(image, "MAIN", small_frame_code(0x28));
+
+  EXPECT_EQ(walk(0x1234, 0x30000)->depth(), 0);                 // pc outside every module
+  EXPECT_EQ(walk(kBase + 0x3000, 0x30000)->depth(), 0);         // in the image, in no routine
+  put(0x30000 + 0x28, image.address_of("MAIN") + 0x1000);       // returns into no routine
+  EXPECT_EQ(walk(image.address_of("MAIN") + 6, 0x30000)->depth(), 1);
+  EXPECT_EQ(walk(image.address_of("MAIN") + 6, 0x3FFF0)->depth(), 1);  // return slot unreadable
+  EXPECT_TRUE(boxes().empty());
+}
+
+TEST_F(CallStackTest, FrameInformationGivesNameOffsetAndLine) {
+  image.routine("MAIN", 0x1000, 0x40).source("C:\\src\\prog.f95").line(1, 0).line(2, 5).line(3, 0x10);
+  image.routine("NOLINES", 0x1100, 0x40);
+  load(image, L"C:\\build\\prog.exe", true);
+  code(image, "MAIN", small_frame_code(0x28));
+  code(image, "NOLINES", small_frame_code(0x28));
+  put(0x30000 + 0x28, image.address_of("MAIN") + 0x0C);
+  put(0x30000 + 0x30 + 0x28, 0);
+
+  auto stack = walk(image.address_of("NOLINES") + 6, 0x30000);
+  ASSERT_EQ(stack->depth(), 2);
+  frame_information inner = stack->information(0);
+  EXPECT_EQ(inner.routine_name, "NOLINES");
+  EXPECT_FALSE(inner.has_source);
+  EXPECT_EQ(inner.offset, 6u);
+  EXPECT_EQ(inner.return_slot, 0x30000u + 0x28);
+
+  frame_information outer = stack->information(1);
+  EXPECT_EQ(outer.routine_name, "MAIN");
+  EXPECT_EQ(outer.offset, 0x0Cu);
+  EXPECT_TRUE(outer.has_source);
+  EXPECT_EQ(outer.source_file_name, "C:\\src\\prog.f95");
+  EXPECT_EQ(outer.line, 2);
+  EXPECT_EQ(outer.frame, stack->frame(1));
+
+  frame_information beyond = stack->information(2);
+  EXPECT_EQ(beyond.frame, nullptr);
+  ASSERT_EQ(boxes().size(), 1u);
+  EXPECT_NE(boxes()[0].find(L"expr = item"), std::wstring::npos);
+  EXPECT_NE(boxes()[0].find(L"file = CallStack"), std::wstring::npos);
+}
+
+TEST_F(CallStackTest, FramesAreFoundByIdentityOrByRoutineAndFrameBase) {
+  image.routine("MAIN", 0x1000, 0x40).line(1, 0);
+  image.routine("SUB", 0x1100, 0x40).line(2, 0);
+  load(image, L"C:\\build\\prog.exe", true);
+  code(image, "MAIN", small_frame_code(0x28));
+  code(image, "SUB", small_frame_code(0x28));
+  put(0x30000 + 0x28, image.address_of("MAIN") + 0x10);
+  put(0x30030 + 0x28, 0);
+
+  auto before = walk(image.address_of("SUB") + 6, 0x30000);
+  auto after = walk(image.address_of("SUB") + 0x20, 0x30000);  // stepped on inside SUB
+  EXPECT_EQ(before->index_of(before->frame(1)), 1);
+  EXPECT_EQ(after->index_of(before->frame(1)), -1);
+  EXPECT_EQ(after->index_of_matching(*before->frame(1)), 1);
+  EXPECT_EQ(after->index_of_matching(*before->frame(0)), 0);
+
+  auto elsewhere = walk(image.address_of("SUB") + 6, 0x30100);  // same routine, other frame
+  EXPECT_EQ(elsewhere->index_of_matching(*before->frame(0)), -1);
+}
+
+}  // namespace
+}  // namespace vantor
