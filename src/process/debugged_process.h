@@ -151,7 +151,8 @@ class DebuggedProcess : public TargetMemory {
   Address common_block_address(std::string_view name);
   // Every COMMON block of the program, the run-time list walked afresh for new ones.
   const std::vector<CommonBlock>& common_blocks();
-  // Where the run-time library keeps the head of its COMMON list; all ones until known.
+  // The first node of the run-time library's COMMON list (0 for an empty list), as its
+  // "__get_common_info" answered; all ones until it has.
   Address common_info_address() const { return common_info_address_; }
   void set_common_info_address(Address address) { common_info_address_ = address; }
   std::uint32_t common_probe_attempts() const { return common_probe_attempts_; }
@@ -218,8 +219,8 @@ class DebuggedProcess : public TargetMemory {
   CommonBlockCache common_cache_;
 
  private:
-  // The first node of the run-time COMMON list; 0 when empty or not known.
-  Address common_list_head();
+  // The first node of the run-time COMMON list; 0 when empty or not known yet.
+  Address common_list_head() const;
 };
 
 // The one debugged process of the session; replaced on restart.

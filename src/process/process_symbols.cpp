@@ -29,10 +29,8 @@ Address DebuggedProcess::routine_address(std::string_view name) const {
 
 Address DebuggedProcess::address_of_name(std::string_view name) { return routine_address(name); }
 
-Address DebuggedProcess::common_list_head() {
-  if (common_info_address_ == ~Address{0} || common_info_address_ == 0) return 0;
-  Address head = read_u64(common_info_address_);
-  return head == ~Address{0} ? 0 : head;
+Address DebuggedProcess::common_list_head() const {
+  return common_info_address_ == ~Address{0} ? 0 : common_info_address_;
 }
 
 Address DebuggedProcess::common_block_address(std::string_view name) {

@@ -106,15 +106,14 @@ TEST_F(VariableAddressTest, ArgumentsByReferenceThroughTheReturnSlot) {
 }
 
 TEST_F(VariableAddressTest, CommonMembersResolveTheirBlockOnce) {
-  // The run-time list: head cell -> one node for /SHARED/.
-  const Address cell = 0x600000, node = 0x600100, name = 0x600200, storage = 0x610000;
-  put(cell, node);
+  // The run-time list: one node for /SHARED/.
+  const Address node = 0x600100, name = 0x600200, storage = 0x610000;
   put(node, 0);
   put(node + 8, name);
   put(node + 16, storage);
   put(node + 24, 0x40);
   target.system.poke(name, "/SHARED/", 9);
-  process.set_common_info_address(cell);
+  process.set_common_info_address(node);
 
   F95StackFrame& inner = frame(0);
   VariableAddress member = inner.variable_address(8, 0x18, record("SHARED_X"), 0);
