@@ -162,6 +162,9 @@ class System {
                           WalkMemoryReader reader, void* cookie) = 0;
   virtual bool symbol_from_address(Handle process, Address address, std::string& name,
                                    std::uint64_t& displacement) = 0;
+  // The address of a public symbol by its exact name (external variables of other
+  // compilers' code); false when the symbol handler does not know it.
+  virtual bool symbol_address(Handle process, const std::string& name, Address& address) = 0;
 
   // -- private-profile (ini) files --
   virtual std::uint32_t profile_int(const std::string& section, const std::string& key, std::uint32_t fallback,

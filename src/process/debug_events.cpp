@@ -76,6 +76,7 @@ DebuggedProcess::EventAction DebuggedProcess::on_trap(const os::DebugEvent& even
   state_ = psStopped;
   stop_reason_ = kStopCodeTrap;
   refresh_call_stack();
+  if (!probe_common_info()) return EventAction::kStop;
   if (silent_ && !silent_first_stop_handled_) {
     // A silent session starts running at once: the stop at the program's first line is
     // passed over.

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "debuginfo/common_block_cache.h"
-
 #include "os/os.h"
 #include "process/breakpoint_list.h"
 #include "process/hardware_slots.h"
@@ -92,8 +91,6 @@ class DebuggedProcess : public TargetMemory {
   const os::DebugEvent& debug_event() const { return debug_event_; }
   os::Handle event_thread_handle() const;
   bool loader_breakpoint_seen() const { return loader_breakpoint_seen_; }
-  // Reads the stopped thread's registers into context(); the call stack is walked from them.
-  void refresh_call_stack();
 
   // ---- breakpoints, line traps, hardware slots and stepping ----
   BreakpointList& breakpoints() { return *breakpoints_; }
@@ -132,8 +129,8 @@ class DebuggedProcess : public TargetMemory {
   // ---- call stacks ----
   CallStack* current_stack() const { return current_stack_.get(); }
   CallStack* previous_stack() const { return previous_stack_.get(); }
-  // Rebuilds the current call stack from the stopped thread's registers (read afresh into
-  // context()); the stack it replaces is kept as the previous one.
+  // Rebuilds the current call stack from the registers of the thread that stopped (read
+  // afresh into context()); the stack it replaces is kept as the previous one.
   void refresh_call_stack();
   // Puts the previous call stack back as the current one: a step that runs on after
   // passing through a callee wants the stack it started from.
@@ -144,7 +141,8 @@ class DebuggedProcess : public TargetMemory {
   // ---- names and COMMON blocks ----
   // Start of the routine with exactly that name in any module; 0 if none.
   Address routine_address(std::string_view name) const;
-  // The address of an external name: a routine of any module; 0 if none.
+  // The address of an external name: a routine of any module, else what the system's
+  // symbol handler knows; 0 if neither.
   Address address_of_name(std::string_view name);
   // The storage of the COMMON block of that exact name ("/NAME/"); 0 when the program's
   // run-time list does not hold it (or the list is not known yet).
@@ -156,6 +154,10 @@ class DebuggedProcess : public TargetMemory {
   Address common_info_address() const { return common_info_address_; }
   void set_common_info_address(Address address) { common_info_address_ = address; }
   std::uint32_t common_probe_attempts() const { return common_probe_attempts_; }
+  // At a trap stop: until the run-time library has told where its COMMON list starts, asks
+  // it ("__get_common_info", borrowing the stopped thread), three attempts in all over the
+  // session. False when the program ended during the call (the state is then psEnded).
+  bool probe_common_info();
 
  protected:
   // ---- the debug-event loop, one handler per event kind (debug_events.cpp) ----

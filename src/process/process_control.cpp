@@ -174,8 +174,6 @@ os::Handle DebuggedProcess::event_thread_handle() const {
   return it != threads_.end() ? it->second : process_info_.thread;
 }
 
-void DebuggedProcess::refresh_call_stack() { os::system().get_context(event_thread_handle(), context_); }
-
 void DebuggedProcess::add_ignored_exception(std::uint32_t code) { ignored_exceptions_.push_back(code); }
 
 void DebuggedProcess::fail(std::string text) {

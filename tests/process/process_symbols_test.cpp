@@ -1,5 +1,6 @@
 // The process's call stacks and COMMON blocks.
 #include "debuginfo/list_rows.h"
+#include "process/common_probe.h"
 #include "stack/stack_test_support.h"
 
 namespace vantor {
@@ -70,6 +71,76 @@ TEST_F(ProcessSymbolsTest, NoListMeansAddressZero) {
   EXPECT_EQ(target.system.counters.reads, 0u);
   process.set_common_info_address(0);  // the run-time library has no COMMON list
   EXPECT_EQ(process.common_block_address("/A/"), 0u);
+  EXPECT_TRUE(process.common_blocks().empty());
+}
+
+}  // namespace
+}  // namespace vantor
+
+namespace vantor {
+namespace {
+
+// The process asking its run-time library where the COMMON list starts, at a stop.
+class CommonProbeAtStopTest : public testing::StackTest {
+ protected:
+  CommonProbeAtStopTest() {
+    target.system.context(process.thread_handle()).rsp = 0x30000;
+    target.system.context(process.thread_handle()).rip = 0x1234;
+  }
+  // The fake thread runs the routine at `routine` by answering `rax` and returning.
+  void routine_answers(Address routine, std::uint64_t rax) {
+    target.system.on_wait = [this, routine, rax](os::InMemorySystem& system) {
+      os::ThreadContext& cpu = system.context(process.thread_handle());
+      if (cpu.rip != routine) return;
+      ++calls;
+      cpu.rax = rax;
+      cpu.rip = kProbeReturnTrap;
+      os::DebugEvent back;
+      back.kind = os::kExceptionEvent;
+      back.exception_code = kAccessViolation;
+      back.exception_address = kProbeReturnTrap;
+      system.queue_event(back);
+    };
+  }
+  int calls = 0;
+};
+
+TEST_F(CommonProbeAtStopTest, TheMainProgramsRoutineAnswersOnceForTheSession) {
+  testing::DebugImageBuilder dll(0x180000000);
+  dll.routine("__get_common_info", 0x1000, 0x10);
+  load(dll, L"C:\\build\\lib.dll", false);
+  image.routine("__get_common_info", 0x1000, 0x10);
+  load(image, L"C:\\build\\prog.exe", true);
+  routine_answers(image.address_of("__get_common_info"), 0x140005000);
+
+  EXPECT_TRUE(process.probe_common_info());
+  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(process.common_info_address(), 0x140005000u);
+  EXPECT_EQ(process.common_probe_attempts(), 1u);
+  EXPECT_EQ(target.system.context(process.thread_handle()).rip, 0x1234u);  // put back
+
+  EXPECT_TRUE(process.probe_common_info());
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(CommonProbeAtStopTest, AProgramWithoutTheRoutineCostsThreeLookUpsAndNoCall) {
+  image.routine("MAIN", 0x1000, 0x10);
+  load(image, L"C:\\build\\prog.exe", true);
+  EXPECT_TRUE(process.probe_common_info());
+  EXPECT_TRUE(process.probe_common_info());
+  EXPECT_EQ(process.common_probe_attempts(), 3u);
+  EXPECT_EQ(process.common_info_address(), ~Address{0});
+  EXPECT_EQ(target.system.counters.continues, 0u);
+  EXPECT_EQ(process.common_block_address("/A/"), 0u);
+}
+
+TEST_F(CommonProbeAtStopTest, AnEmptyAnswerIsAnAnswer) {
+  image.routine("__get_common_info", 0x1000, 0x10);
+  load(image, L"C:\\build\\prog.exe", true);
+  routine_answers(image.address_of("__get_common_info"), 0);
+  EXPECT_TRUE(process.probe_common_info());
+  EXPECT_EQ(process.common_info_address(), 0u);
+  EXPECT_EQ(process.common_probe_attempts(), 1u);
   EXPECT_TRUE(process.common_blocks().empty());
 }
 

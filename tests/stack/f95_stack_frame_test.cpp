@@ -157,6 +157,8 @@ TEST_F(VariableAddressTest, OffsetsExternalNamesConstantsAndUnknownTypes) {
   EXPECT_EQ(component.address, 0x9018u);
   EXPECT_EQ(component.base, 0x9000u);
 
+  target.system.add_symbol(0x7FF700001000, 0x40, "puts");
+  EXPECT_EQ(inner.variable_address(10, 0, record("puts"), 0).address, 0x7FF700001000u);
   VariableRecord host_record;
   host_record.name = "HOST";
   EXPECT_EQ(inner.variable_address(10, 0, &host_record, 0).address, image.address_of("HOST"));

@@ -220,6 +220,15 @@ bool InMemorySystem::symbol_from_address(Handle, Address address, std::string& n
   return true;
 }
 
+bool InMemorySystem::symbol_address(Handle, const std::string& name, Address& address) {
+  for (const auto& [start, symbol] : symbols_)
+    if (symbol.first == name) {
+      address = start;
+      return true;
+    }
+  return false;
+}
+
 std::uint32_t InMemorySystem::profile_int(const std::string& section, const std::string& key, std::uint32_t fallback,
                                           const std::string& file) {
   auto text = profile_string(section, key, "", 64, file);

@@ -84,4 +84,16 @@ bool Win32System::symbol_from_address(Handle process, Address address, std::stri
   return true;
 }
 
+bool Win32System::symbol_address(Handle process, const std::string& name, Address& address) {
+  constexpr DWORD kMaxName = 512;
+  alignas(8) unsigned char storage[sizeof(SYMBOL_INFO) + kMaxName];
+  std::memset(storage, 0, sizeof storage);
+  auto* symbol = reinterpret_cast<SYMBOL_INFO*>(storage);
+  symbol->SizeOfStruct = sizeof(SYMBOL_INFO);
+  symbol->MaxNameLen = kMaxName;
+  if (!SymFromName(native_handle(process), name.c_str(), symbol)) return false;
+  address = symbol->Address;
+  return true;
+}
+
 }  // namespace vantor::os

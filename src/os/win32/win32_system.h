@@ -49,6 +49,7 @@ class Win32System : public System {
   bool stack_walk(Handle process, Handle thread, WalkFrame& frame, ThreadContext& context, WalkMemoryReader reader,
                   void* cookie) override;
   bool symbol_from_address(Handle process, Address address, std::string& name, std::uint64_t& displacement) override;
+  bool symbol_address(Handle process, const std::string& name, Address& address) override;
 
   // ini files, user interaction, environment, code pages (win32_environment.cpp)
   std::uint32_t profile_int(const std::string& section, const std::string& key, std::uint32_t fallback,
