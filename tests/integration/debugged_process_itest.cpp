@@ -44,6 +44,17 @@ class DebuggedProcessTest : public ::testing::Test {
     return process.run(4);
   }
 
+  // Runs a debuggee of its own to its failure, checks the message and ends it.
+  static void expect_failure(const wchar_t* name, const wchar_t* arguments, const char* text) {
+    DebuggedProcess failing;
+    ASSERT_TRUE(failing.launch(debuggee_command(name, arguments)));
+    EXPECT_EQ(failing.run(4), psFailed) << text;
+    EXPECT_EQ(failing.status_text(), text);
+    std::uint32_t pid = failing.process_information().process_id;
+    failing.end();
+    expect_gone(pid);
+  }
+
   static void expect_gone(std::uint32_t pid) {
     HANDLE handle = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_LIMITED_INFORMATION, FALSE, pid);
     if (handle == nullptr) return;  // no such process any more
@@ -107,15 +118,7 @@ TEST_F(DebuggedProcessTest, RunTimeErrorsFollowTheRegisterConvention) {
       {L"-3", "Run-time error -3"},
       {L"448", "Run-time error 448"},
   };
-  for (auto [arguments, text] : cases) {
-    DebuggedProcess failing;
-    ASSERT_TRUE(failing.launch(debuggee_command(L"runtime_error", arguments)));
-    EXPECT_EQ(failing.run(4), psFailed) << text;
-    EXPECT_EQ(failing.status_text(), text);
-    std::uint32_t pid = failing.process_information().process_id;
-    failing.end();
-    expect_gone(pid);
-  }
+  for (auto [arguments, text] : cases) expect_failure(L"runtime_error", arguments, text);
 }
 
 TEST_F(DebuggedProcessTest, ProcessorExceptionsHaveTheirNames) {
@@ -125,15 +128,7 @@ TEST_F(DebuggedProcessTest, ProcessorExceptionsHaveTheirNames) {
       {L"raise", "Exception 0xE0001234"},          {L"raise-bounds", "Array bounds exceeded"},
       {L"raise-handled", "Exception 0xE0005678"},
   };
-  for (auto [arguments, text] : cases) {
-    DebuggedProcess failing;
-    ASSERT_TRUE(failing.launch(debuggee_command(L"faults", arguments)));
-    EXPECT_EQ(failing.run(4), psFailed) << text;
-    EXPECT_EQ(failing.status_text(), text);
-    std::uint32_t pid = failing.process_information().process_id;
-    failing.end();
-    expect_gone(pid);
-  }
+  for (auto [arguments, text] : cases) expect_failure(L"faults", arguments, text);
 }
 
 TEST_F(DebuggedProcessTest, AnIgnoredCodeReachesTheProgramsOwnHandler) {

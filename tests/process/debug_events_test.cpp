@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 
 #include "common/messages.h"
 #include "debuginfo/module.h"
@@ -96,6 +97,20 @@ class DebugEventsTest : public ::testing::Test {
     creation.file = image_file(into);
     into.queue_event(creation);
     into.queue_event(exception(0x80000003, 0x7FF000001000));
+  }
+
+  // The stop message of a program of its own (in a fresh target, which `prepare` may set
+  // up) that fails with `failing` after it has started.
+  std::string failure_text(const os::DebugEvent& failing,
+                           const std::function<void(InMemorySystem&)>& prepare = nullptr) {
+    testing::FakeTarget fresh;
+    if (prepare) prepare(fresh.system);
+    DebuggedProcess program;
+    EXPECT_TRUE(program.launch(L"prog.exe"));
+    queue_start(fresh.system);
+    fresh.system.queue_event(failing);
+    EXPECT_EQ(program.run(4), psFailed);
+    return program.status_text();
   }
 
   // Launches and queues the start every program makes: its creation and the loader's
@@ -218,13 +233,7 @@ TEST_F(DebugEventsTest, AccessViolationsNameTheAccessAndTheAddress) {
       {8, 0x7FFE12345670, "Access Violation executing address 0x00007FFE12345670"},
   };
   for (const auto& c : cases) {
-    testing::FakeTarget fresh;
-    DebuggedProcess failing;
-    ASSERT_TRUE(failing.launch(L"prog.exe"));
-    queue_start(fresh.system);
-    fresh.system.queue_event(exception(0xC0000005, kImageBase + 0x1234, c.access, c.address));
-    EXPECT_EQ(failing.run(4), psFailed);
-    EXPECT_EQ(failing.status_text(), c.text);
+    EXPECT_EQ(failure_text(exception(0xC0000005, kImageBase + 0x1234, c.access, c.address)), c.text);
   }
 }
 
@@ -245,18 +254,14 @@ TEST_F(DebugEventsTest, TheLibrarysErrorTrapIsReadFromTheRegisters) {
   const Address trap = kImageBase + 0x8000;
   const Address text = 0x500000;
   for (const auto& c : cases) {
-    testing::FakeTarget fresh;
-    DebuggedProcess failing;
-    ASSERT_TRUE(failing.launch(L"prog.exe"));
-    const std::uint8_t int9[] = {0xCD, 0x09};
-    fresh.system.poke(trap, int9, 2);
-    fresh.system.poke(text, c.text_in_program, std::strlen(c.text_in_program) + 1);
-    fresh.system.context().rcx = static_cast<std::uint64_t>(c.number);
-    fresh.system.context().rdx = text;
-    queue_start(fresh.system);
-    fresh.system.queue_event(exception(0xC0000005, trap, 0, 0xFFFFFFFFFFFFFFFF));
-    EXPECT_EQ(failing.run(4), psFailed);
-    EXPECT_EQ(failing.status_text(), c.message);
+    auto registers_and_text = [&](InMemorySystem& fresh) {
+      const std::uint8_t int9[] = {0xCD, 0x09};
+      fresh.poke(trap, int9, 2);
+      fresh.poke(text, c.text_in_program, std::strlen(c.text_in_program) + 1);
+      fresh.context().rcx = static_cast<std::uint64_t>(c.number);
+      fresh.context().rdx = text;
+    };
+    EXPECT_EQ(failure_text(exception(0xC0000005, trap, 0, 0xFFFFFFFFFFFFFFFF), registers_and_text), c.message);
   }
 }
 
@@ -277,13 +282,7 @@ TEST_F(DebugEventsTest, UnhandledExceptionsStopWithTheirNameOrCode) {
                                                          {0x80000002, "Datatype misalignment"},
                                                          {0xE0001234, "Exception 0xE0001234"}};
   for (auto [code, text] : cases) {
-    testing::FakeTarget fresh;
-    DebuggedProcess failing;
-    ASSERT_TRUE(failing.launch(L"prog.exe"));
-    queue_start(fresh.system);
-    fresh.system.queue_event(exception(code, kImageBase + 0x1000));
-    EXPECT_EQ(failing.run(4), psFailed);
-    EXPECT_EQ(failing.status_text(), text);
+    EXPECT_EQ(failure_text(exception(code, kImageBase + 0x1000)), text);
   }
 }
 
