@@ -1,0 +1,58 @@
+// The contents of the data windows, written from the stopped program: each window model
+// is given one of these producers, which evaluates and formats afresh at every refresh in
+// the frame the window is bound to (by its index in the call stack of the last stop).
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "ui/array_window.h"
+#include "ui/breakpoints_window.h"
+#include "ui/dump_window.h"
+#include "ui/inspector_window.h"
+#include "ui/source_window.h"
+#include "ui/structure_window.h"
+#include "ui/text_window.h"
+#include "ui/vars_window.h"
+#include "ui/watch_window.h"
+
+namespace vantor {
+
+class StackFrame;
+struct element;
+
+// The frame that stopped: watches are evaluated in it. -1 when there is none.
+std::int32_t current_frame_index();
+void set_current_frame_index(std::int32_t index);
+
+// The value of `expression` in the frame with that index (no frame: the global names).
+std::unique_ptr<element> evaluate_in_frame(const std::string& expression, std::int32_t frame_index);
+
+ui::vars_window::producer variables_producer();
+ui::watch_window::evaluator watch_evaluator();
+ui::inspector_window::producer expression_producer();
+ui::array_window::producer array_producer();
+ui::structure_window::producer structure_producer();
+ui::row_producer registers_producer();
+ui::breakpoints_window::lister breakpoint_lister();
+ui::breakpoints_window::deleter breakpoint_deleter();
+ui::dump_window::data_break_setter dump_break_setter();
+// Source windows: where a frame stopped, and which lines hold breakpoints.
+ui::source_window::frame_locator source_locator();
+ui::source_window::breakpoint_test breakpoint_marks();
+
+// The expression window's rows for one value: "expression = value", then for an array one
+// row per element and for a structure one row per component, each named as the user
+// would type it.
+void expression_rows(const std::string& expression, element& value, ui::window_rows& rows);
+
+// The elements of an array value in storage order (the first subscript varies fastest in
+// Fortran, the last in C), with their subscripts; at most `limit` of them.
+struct array_item {
+  std::vector<long long> subscripts;
+  std::unique_ptr<element> value;
+};
+std::vector<array_item> array_items(const element& array, std::size_t limit);
+
+}  // namespace vantor
