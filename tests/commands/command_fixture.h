@@ -18,6 +18,7 @@
 #include "support/fake_target.h"
 #include "support/fake_window_library.h"
 #include "ui/settings.h"
+#include "ui/window_kinds.h"
 #include "ui/window_list.h"
 
 namespace vantor::testing {
