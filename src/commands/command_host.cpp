@@ -9,6 +9,7 @@
 #include "process/debugged_process.h"
 #include "session/startup_globals.h"
 #include "stack/call_stack.h"
+#include "stack/stack_window_text.h"
 
 namespace vantor {
 
@@ -49,6 +50,9 @@ class ProcessCommandHost : public CommandHost {
   StackFrame* stack_frame(std::int32_t index) override {
     CallStack* stack = CurrentProcess ? CurrentProcess->current_stack() : nullptr;
     return stack ? stack->frame(index) : nullptr;
+  }
+  void fill_stack_rows(ui::window_rows& rows, std::string& status) override {
+    if (CurrentProcess) fill_stack_window(*CurrentProcess, rows, status);
   }
   BreakpointList* breakpoints() override { return nullptr; }
   void set_run_to_breakpoint(std::int32_t) override {}

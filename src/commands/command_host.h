@@ -13,6 +13,7 @@
 #include "os/os.h"
 #include "process/target_memory.h"
 #include "ui/find_window.h"
+#include "ui/text_window.h"
 
 namespace vantor {
 
@@ -39,6 +40,8 @@ class CommandHost {
   // none) and its frames (null outside it).
   virtual std::int32_t stack_depth() = 0;
   virtual StackFrame* stack_frame(std::int32_t index) = 0;
+  // The call-stack window's status line and one row per frame.
+  virtual void fill_stack_rows(ui::window_rows& rows, std::string& status) = 0;
   // The program's breakpoint list; null with no program.
   virtual BreakpointList* breakpoints() = 0;
   // The breakpoint that "getto" made, removed at the next stop.

@@ -69,6 +69,13 @@ ui::vars_window& show_variables_window(std::int32_t frame_index) {
   });
 }
 
+ui::stack_window& show_stack_window() {
+  return show_window<ui::stack_window>(ui::kStackKind, [] {
+    return std::make_unique<ui::stack_window>(
+        [](ui::window_rows& rows, std::string& status) { command_host().fill_stack_rows(rows, status); });
+  });
+}
+
 std::unique_ptr<ui::text_window> make_value_window(const std::string& expression, const element& value,
                                                    std::int32_t frame_index) {
   if (value.type == kTypeStructure)

@@ -11,6 +11,7 @@
 #include "ui/dump_window.h"
 #include "ui/inspector_window.h"
 #include "ui/regs_window.h"
+#include "ui/stack_window.h"
 #include "ui/streams_window.h"
 #include "ui/vars_window.h"
 #include "ui/watch_window.h"
@@ -26,6 +27,7 @@ ui::streams_window& show_streams_window();
 ui::watch_window& show_watch_window();
 // The variables window moves to the frame only when it is opened here.
 ui::vars_window& show_variables_window(std::int32_t frame_index);
+ui::stack_window& show_stack_window();
 
 // The window that suits a value of `expression` in the frame with that index: the
 // structure view for a structure (or a pointer to one, shown through "*(%s)"), the array

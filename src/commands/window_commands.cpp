@@ -79,7 +79,7 @@ std::uint32_t dumpinfo_command(const command_call& call) {
   const std::string_view site = call.argument;
   ui::text_window* window = nullptr;
   if (site == "call_stack") {
-    window = ui::OpenWindows.find_first(ui::kStackKind);
+    window = &show_stack_window();
   } else if (site == "vars") {
     std::int32_t frame = current_frame_index() < 0 ? 0 : current_frame_index();
     window = &show_variables_window(frame);

@@ -84,6 +84,11 @@ StackFrame* FakeCommandHost::stack_frame(std::int32_t index) {
   return index >= 0 && index < stack_depth() ? frames[static_cast<std::size_t>(index)].get() : nullptr;
 }
 
+void FakeCommandHost::fill_stack_rows(ui::window_rows& rows, std::string& status) {
+  status = stopped ? "Status: stopped" : "";
+  for (const auto& frame : frames) rows.add(frame->routine_name());
+}
+
 std::vector<ui::found_routine> FakeCommandHost::find_routines(std::string_view fragment) {
   std::vector<ui::found_routine> found;
   std::string wanted(fragment);

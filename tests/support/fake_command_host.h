@@ -70,6 +70,7 @@ class FakeCommandHost : public CommandHost {
   const os::ThreadContext* registers() override { return program_stopped() ? &context : nullptr; }
   std::int32_t stack_depth() override { return static_cast<std::int32_t>(frames.size()); }
   StackFrame* stack_frame(std::int32_t index) override;
+  void fill_stack_rows(ui::window_rows& rows, std::string& status) override;
   BreakpointList* breakpoints() override { return process ? &list : nullptr; }
   void set_run_to_breakpoint(std::int32_t id) override { run_to_breakpoint = id; }
   std::vector<ui::found_routine> find_routines(std::string_view fragment) override;
