@@ -32,8 +32,12 @@ std::wstring lower_case(std::wstring text) {
 class ProcessCommandHost : public CommandHost {
  public:
   bool has_process() override { return CurrentProcess != nullptr; }
+  // A program just launched is paused too, but has not reached its first line: a stop
+  // comes only after the loader's breakpoint.
   bool program_stopped() override {
-    return CurrentProcess && (CurrentProcess->state() == psStopped || CurrentProcess->state() == psPaused);
+    if (!CurrentProcess) return false;
+    std::int32_t state = CurrentProcess->state();
+    return state == psStopped || (state == psPaused && CurrentProcess->loader_breakpoint_seen());
   }
   bool program_ended() override { return CurrentProcess && CurrentProcess->state() == psEnded; }
   TargetMemory& memory() override {
