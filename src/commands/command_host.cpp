@@ -68,8 +68,10 @@ class ProcessCommandHost : public CommandHost {
         rows.add(frame->routine_name(), ui::kRowWithoutSource);
     }
   }
-  BreakpointList* breakpoints() override { return nullptr; }
-  void set_run_to_breakpoint(std::int32_t) override {}
+  BreakpointList* breakpoints() override { return CurrentProcess ? &CurrentProcess->breakpoints() : nullptr; }
+  void set_run_to_breakpoint(std::int32_t id) override {
+    if (CurrentProcess) CurrentProcess->stepping().set_run_to_breakpoint(id);
+  }
 
   std::vector<ui::found_routine> find_routines(std::string_view fragment) override {
     std::vector<ui::found_routine> found;

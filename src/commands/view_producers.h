@@ -21,6 +21,7 @@ namespace vantor {
 
 class StackFrame;
 struct element;
+struct DataViewSource;
 
 // The frame that stopped: watches are evaluated in it. -1 when there is none.
 std::int32_t current_frame_index();
@@ -28,6 +29,8 @@ void set_current_frame_index(std::int32_t index);
 
 // The value of `expression` in the frame with that index (no frame: the global names).
 std::unique_ptr<element> evaluate_in_frame(const std::string& expression, std::int32_t frame_index);
+// The stopped program as the data views read it: the host's memory, registers and frames.
+DataViewSource data_view_source();
 
 ui::vars_window::producer variables_producer();
 ui::watch_window::evaluator watch_evaluator();
@@ -42,17 +45,9 @@ ui::dump_window::data_break_setter dump_break_setter();
 ui::source_window::frame_locator source_locator();
 ui::source_window::breakpoint_test breakpoint_marks();
 
-// The expression window's rows for one value: "expression = value", then for an array one
-// row per element and for a structure one row per component, each named as the user
-// would type it.
-void expression_rows(const std::string& expression, element& value, ui::window_rows& rows);
-
-// The elements of an array value in storage order (the first subscript varies fastest in
-// Fortran, the last in C), with their subscripts; at most `limit` of them.
-struct array_item {
-  std::vector<long long> subscripts;
-  std::unique_ptr<element> value;
-};
-std::vector<array_item> array_items(const element& array, std::size_t limit);
+// The expression window's rows: "expression = value" (or the evaluator's message), then
+// for an array one row per element and for a structure one row per member, each named as
+// the user would type it.
+void expression_rows(const std::string& expression, std::int32_t frame_index, ui::window_rows& rows);
 
 }  // namespace vantor
