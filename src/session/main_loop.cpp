@@ -1,5 +1,7 @@
 #include "session/main_loop.h"
 
+#include "commands/script_runner.h"
+#include "commands/stop_windows.h"
 #include "common/console.h"
 #include "common/text_format.h"
 #include "os/os.h"
@@ -33,7 +35,8 @@ void run_command(std::uint32_t command, bool line_traps) {
 }
 
 // Without windows a stop is reported as a line, and the session, having nobody to ask what
-// next, goes on to the end: a trap or a pause runs on, a failed or ended program closes it.
+// next, goes on to the end unless a script says what to do: a trap or a pause runs on, a
+// failed or ended program closes it.
 void report_stop_without_windows() {
   DebuggedProcess* process = CurrentProcess;
   if (process == nullptr) return;
@@ -44,7 +47,7 @@ void report_stop_without_windows() {
         console_print("Stopped at 0x%s\n", pointer_text(process->context().rip).c_str());
       else
         console_print("Stopped: %s\n", process->status_text().c_str());
-      SetPendingCommand(kGoCommand, kStartFlag);
+      if (!script_running()) SetPendingCommand(kGoCommand, kStartFlag);
       break;
     case psFailed:
       console_print("Stopped: %s\n", process->status_text().c_str());
@@ -59,12 +62,25 @@ void report_stop_without_windows() {
   }
 }
 
+// A session without windows whose script has ended with the program stopped: nobody is
+// left to say what next, so the program runs on as it would have without the script.
+bool left_stopped_without_windows() {
+  return CurrentProcess != nullptr && CurrentProcess->can_run() && CurrentProcess->state() != psLaunching &&
+         !script_running() && !winlib::window_library().main_window_exists();
+}
+
 }  // namespace
 
 void RunMainLoop() {
+  start_startup_script();
   for (;;) {
+    run_script_line();
     if (PendingCommand == 0) {
       if (CurrentProcess != nullptr && CurrentProcess->state() == psEnded && CurrentProcess->silent()) return;
+      if (left_stopped_without_windows()) {
+        SetPendingCommand(kGoCommand, kStartFlag);
+        continue;
+      }
       idle();
       continue;
     }
@@ -108,8 +124,9 @@ void RunAndReport(std::int32_t mode) {
   }
 }
 
-void ShowStop(int) {
+void ShowStop(int flags) {
   auto& windows = winlib::window_library();
+  show_stop_in_windows((flags & kInstructionFlag) != 0 || (flags & kCommandMask) == kStepInstructionCommand);
   if (!windows.main_window_exists()) windows.build_main_window();
   if (!windows.main_window_exists()) report_stop_without_windows();
 }

@@ -4,6 +4,8 @@
 
 namespace vantor::winlib {
 
+bool ModalDialogActive = false;
+
 namespace {
 HeadlessLibrary headless;
 WindowLibrary* current_library = nullptr;

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vantor::ui {
 class text_window;
@@ -102,7 +103,20 @@ class WindowLibrary {
   // `on_pause` runs when it is pressed. Closing it when it is not up does nothing.
   virtual void show_waiting_window(std::function<void()> on_pause) { (void)on_pause; }
   virtual void close_waiting_window() {}
+
+  // The modal Command dialog: an edit list pre-filled with `initial_text` whose list holds
+  // `history` (newest first); its Help button opens the help page for commands. The text
+  // entered, or nullopt for Cancel and Escape. Without windows nobody can answer.
+  virtual std::optional<std::string> command_dialog(const std::string& initial_text,
+                                                    const std::vector<std::string>& history) {
+    (void)initial_text;
+    (void)history;
+    return std::nullopt;
+  }
 };
+
+// True while one of the debugger's modal dialogs is up: nothing may start a command then.
+extern bool ModalDialogActive;
 
 // The library of the session: the one installed by the entry point, or the headless one
 // when none is (console sessions and tests).

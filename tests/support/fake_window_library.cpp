@@ -49,4 +49,15 @@ std::optional<std::string> FakeWindowLibrary::prompt_text(const std::string& cap
   return answer;
 }
 
+std::optional<std::string> FakeWindowLibrary::command_dialog(const std::string& initial_text,
+                                                             const std::vector<std::string>& history) {
+  command_initial_texts.push_back(initial_text);
+  command_histories.push_back(history);
+  modal_flag_seen = winlib::ModalDialogActive;
+  if (command_answers.empty()) return std::nullopt;
+  auto answer = command_answers.front();
+  command_answers.pop_front();
+  return answer;
+}
+
 }  // namespace vantor::testing

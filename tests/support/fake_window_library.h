@@ -49,6 +49,12 @@ class FakeWindowLibrary : public winlib::WindowLibrary {
     int x, y, width;
   };
   std::vector<Prompt> prompts;
+  // Answers for the Command dialog, taken first to last (an empty queue cancels), and what
+  // the dialog was shown with.
+  std::deque<std::optional<std::string>> command_answers;
+  std::vector<std::string> command_initial_texts;
+  std::vector<std::vector<std::string>> command_histories;
+  bool modal_flag_seen = false;
   std::vector<FakeWindowView*> views;  // the views still open, each owned by its window
   int closed_views = 0;
 
@@ -63,6 +69,8 @@ class FakeWindowLibrary : public winlib::WindowLibrary {
                                     int width) override;
   std::optional<std::string> prompt_text(const std::string& caption, const std::string& question, int x, int y,
                                          int width) override;
+  std::optional<std::string> command_dialog(const std::string& initial_text,
+                                            const std::vector<std::string>& history) override;
 
  private:
   winlib::WindowLibrary* previous_;
