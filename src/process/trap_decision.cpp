@@ -21,8 +21,4 @@ void DebuggedProcess::add_deferred_breakpoint(const deferred_breakpoint& request
   breakpoints_->add_deferred_breakpoint(request.file, request.line, request.after, request.every, request.condition);
 }
 
-void DebuggedProcess::restore_previous_call_stack() {
-  if (previous_stack_) current_stack_ = std::move(previous_stack_);
-}
-
 }  // namespace vantor

@@ -4,6 +4,11 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 namespace vantor::testing {
@@ -24,6 +29,25 @@ inline std::wstring debuggee_command(const std::wstring& name, const std::wstrin
   std::wstring line = L"\"" + debuggee_path(name) + L"\"";
   if (!arguments.empty()) line += L" " + arguments;
   return line;
+}
+
+// A command line for a test-compiler program of tests/integration/programs.
+inline std::wstring program_command(const std::wstring& name, const std::wstring& arguments = L"") {
+  std::wstring line = L"\"" + test_executable_directory() + L"\\debuggees\\f95\\" + name + L".exe\"";
+  return arguments.empty() ? line : line + L" " + arguments;
+}
+
+// The number of the line of tests/integration/programs/`source` that holds "! `marker`"
+// (the sources sit two folders above build/win64, where the test executable runs).
+inline std::int32_t line_of(const std::string& source, const std::string& marker) {
+  const std::filesystem::path path = test_executable_directory() + L"\\..\\..\\tests\\integration\\programs\\" +
+                                     std::wstring(source.begin(), source.end());
+  std::ifstream file(path);
+  std::string text;
+  for (std::int32_t line = 1; std::getline(file, text); ++line)
+    if (text.find("! " + marker) != std::string::npos) return line;
+  ADD_FAILURE() << "no line marked \"" << marker << "\" in " << source;
+  return -1;
 }
 
 // A scratch file name in the temporary folder, unique to this test process.
