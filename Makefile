@@ -5,6 +5,9 @@ BENCH  := build/bench
 FUZZ   := build/fuzz
 FUZZ_SECONDS ?= 60
 JOBS   ?= $(shell nproc)
+# ccache, when installed, shares object files between builds of several work trees.
+LAUNCHER := $(if $(shell command -v ccache),-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
+export CCACHE_BASEDIR ?= $(abspath ..)
 
 .PHONY: build native win64 test unit demo bench fuzz deps prefix clean
 
@@ -14,11 +17,11 @@ deps:
 	@scripts/deps.sh
 
 native: deps
-	@cmake -S . -B $(NATIVE) -G Ninja -DCMAKE_BUILD_TYPE=Debug >/dev/null
+	@cmake -S . -B $(NATIVE) -G Ninja -DCMAKE_BUILD_TYPE=Debug $(LAUNCHER) >/dev/null
 	@cmake --build $(NATIVE) -j $(JOBS)
 
 win64: deps
-	@cmake -S . -B $(WIN64) -G Ninja -DCMAKE_BUILD_TYPE=Release \
+	@cmake -S . -B $(WIN64) -G Ninja -DCMAKE_BUILD_TYPE=Release $(LAUNCHER) \
 	      -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake >/dev/null
 	@cmake --build $(WIN64) -j $(JOBS)
 
