@@ -12,7 +12,7 @@
 #include <string>
 
 #include "common/messages.h"
-#include "os/win32/win32_system.h"
+#include "integration/counting_system.h"
 #include "process/debugged_process.h"
 #include "winlib/headless_library.h"
 
@@ -20,45 +20,7 @@ namespace {
 
 using namespace vantor;
 
-// The Win32 layer, counting every call that crosses into the debugged process or waits on
-// it. The system walker's reads come through read_memory too.
-class CountingSystem : public os::Win32System {
- public:
-  struct Counts {
-    std::size_t reads = 0, writes = 0, get_contexts = 0, set_contexts = 0, waits = 0, continues = 0, walks = 0;
-    std::size_t total() const { return reads + writes + get_contexts + set_contexts + waits + continues + walks; }
-  };
-  std::size_t read_memory(os::Handle process, os::Address address, void* buffer, std::size_t size) override {
-    ++counts.reads;
-    return Win32System::read_memory(process, address, buffer, size);
-  }
-  std::size_t write_memory(os::Handle process, os::Address address, const void* buffer, std::size_t size) override {
-    ++counts.writes;
-    return Win32System::write_memory(process, address, buffer, size);
-  }
-  bool get_context(os::Handle thread, os::ThreadContext& context) override {
-    ++counts.get_contexts;
-    return Win32System::get_context(thread, context);
-  }
-  bool set_context(os::Handle thread, const os::ThreadContext& context) override {
-    ++counts.set_contexts;
-    return Win32System::set_context(thread, context);
-  }
-  bool wait_for_event(os::DebugEvent& event, std::uint32_t timeout_ms) override {
-    ++counts.waits;
-    return Win32System::wait_for_event(event, timeout_ms);
-  }
-  bool continue_event(std::uint32_t process_id, std::uint32_t thread_id, std::uint32_t status) override {
-    ++counts.continues;
-    return Win32System::continue_event(process_id, thread_id, status);
-  }
-  bool stack_walk(os::Handle process, os::Handle thread, os::WalkFrame& frame, os::ThreadContext& context,
-                  os::WalkMemoryReader reader, void* cookie) override {
-    ++counts.walks;
-    return Win32System::stack_walk(process, thread, frame, context, reader, cookie);
-  }
-  Counts counts;
-};
+using testing::CountingSystem;
 
 using Clock = std::chrono::steady_clock;
 
@@ -130,15 +92,6 @@ int wmain(int argc, wchar_t** argv) {
   const std::uint32_t pid = process.debug_event().process_id, tid = process.debug_event().thread_id;
   CountingSystem::Counts raw_counts{}, hit_counts{};
   double raw_total = 0, hit_total = 0;
-  auto add = [](CountingSystem::Counts& sum, const CountingSystem::Counts& a, const CountingSystem::Counts& b) {
-    sum.reads += a.reads - b.reads;
-    sum.writes += a.writes - b.writes;
-    sum.get_contexts += a.get_contexts - b.get_contexts;
-    sum.set_contexts += a.set_contexts - b.set_contexts;
-    sum.waits += a.waits - b.waits;
-    sum.continues += a.continues - b.continues;
-    sum.walks += a.walks - b.walks;
-  };
   for (int round = 0; round < rounds; ++round) {
     process.disarm_line_traps();
     process.write(counted, &trap, 1);
@@ -154,7 +107,7 @@ int wmain(int argc, wchar_t** argv) {
       if (event.kind == os::kExceptionEvent && event.exception_address == counted) ++hit;
     }
     raw_total += milliseconds_since(start);
-    add(raw_counts, system.counts, before);
+    raw_counts += system.counts - before;
     // The last trap stays pending: the process continues it on its next run.
     process.write(counted, &no_operation, 1);
 
@@ -167,7 +120,7 @@ int wmain(int argc, wchar_t** argv) {
       return 1;
     }
     hit_total += milliseconds_since(start);
-    add(hit_counts, system.counts, before);
+    hit_counts += system.counts - before;
     process.breakpoints().remove_breakpoint(static_cast<std::uint32_t>(id));
   }
   const int measured = rounds * per_round;
@@ -191,7 +144,7 @@ int wmain(int argc, wchar_t** argv) {
       return 1;
     }
     step_total += milliseconds_since(start);
-    add(stepping, system.counts, before);
+    stepping += system.counts - before;
   }
   report("step over a call", steps, step_total, CountingSystem::Counts{}, stepping);
 

@@ -10,7 +10,7 @@
 
 #include "common/messages.h"
 #include "debuginfo/module.h"
-#include "os/win32/win32_system.h"
+#include "integration/counting_system.h"
 #include "process/debugged_process.h"
 #include "winlib/headless_library.h"
 
@@ -18,19 +18,7 @@ namespace {
 
 using namespace vantor;
 
-// The Win32 layer, counting the calls that cross into the debugged process.
-class CountingSystem : public os::Win32System {
- public:
-  std::size_t read_memory(os::Handle process, os::Address address, void* buffer, std::size_t size) override {
-    ++reads;
-    return Win32System::read_memory(process, address, buffer, size);
-  }
-  std::size_t write_memory(os::Handle process, os::Address address, const void* buffer, std::size_t size) override {
-    ++writes;
-    return Win32System::write_memory(process, address, buffer, size);
-  }
-  std::size_t reads = 0, writes = 0;
-};
+using testing::CountingSystem;
 
 double milliseconds_since(std::chrono::steady_clock::time_point start) {
   return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
@@ -69,22 +57,22 @@ int wmain(int argc, wchar_t** argv) {
 
   std::printf("%-28s %10s %10s %10s %10s\n", "operation", "routines", "ms", "reads", "writes");
   for (int i = 0; i < repeats; ++i) {
-    std::size_t reads = system.reads, writes = system.writes;
+    std::size_t reads = system.counts.reads, writes = system.counts.writes;
     auto start = std::chrono::steady_clock::now();
     Module module(process, 0, path, event.image_base, true);
     double map_ms = milliseconds_since(start);
     std::size_t lines = 0;
     for (const auto& routine : module.routines()) lines += routine->has_lines() ? routine->lines->records.size() : 0;
     std::printf("%-28s %10zu %10.1f %10zu %10zu   (%zu line records)\n", "routine map and line tables",
-                module.routines().size(), map_ms, system.reads - reads, system.writes - writes, lines);
+                module.routines().size(), map_ms, system.counts.reads - reads, system.counts.writes - writes, lines);
 
     for (bool on : {true, false}) {
-      reads = system.reads;
-      writes = system.writes;
+      reads = system.counts.reads;
+      writes = system.counts.writes;
       start = std::chrono::steady_clock::now();
       module.set_line_traps(on);
       std::printf("%-28s %10zu %10.1f %10zu %10zu\n", on ? "line traps on" : "line traps off",
-                  module.routines().size(), milliseconds_since(start), system.reads - reads, system.writes - writes);
+                  module.routines().size(), milliseconds_since(start), system.counts.reads - reads, system.counts.writes - writes);
     }
   }
   system.terminate_process(process.process_handle(), 0);

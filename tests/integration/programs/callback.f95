@@ -1,0 +1,16 @@
+! Fortran calling C in a library of its own, which calls back into Fortran: the walk
+! crosses from our compiler's code into the system walker's and back.
+program callback
+  implicit none
+  external visit
+  integer :: values(3)
+  values = 1
+  call apply_each(values, 3, visit) ! stop: call C
+  print *, values
+end program callback
+
+subroutine visit(v)
+  implicit none
+  integer :: v
+  v = v + 10 ! stop: visit
+end subroutine visit

@@ -1,0 +1,357 @@
+// The call-stack walk and variable addresses against real programs under Wine: programs
+// of the test compiler (tests/integration/programs), a C library between Fortran frames,
+// and C programs whose callers are the system's. Lines are found by the "! stop: ..."
+// markers of the sources.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "common/messages.h"
+#include "counting_system.h"
+#include "debuggee.h"
+#include "debuginfo/module.h"
+#include "process/debugged_process.h"
+#include "process/stepping.h"
+#include "process/user_space_buffer.h"
+#include "stack/call_stack.h"
+#include "stack/f95_stack_frame.h"
+#include "stack/microsoft_stack_frame.h"
+#include "values/element.h"
+#include "values/error_codes.h"
+#include "winlib/headless_library.h"
+
+namespace vantor {
+namespace {
+
+using testing::line_of;
+using testing::program_command;
+
+bool same_name(const std::string& a, const std::string& b) { return _stricmp(a.c_str(), b.c_str()) == 0; }
+
+std::string module_name(const Module* module) {
+  return module ? narrow_from_wide(module->display_name()) : std::string("(none)");
+}
+
+class StackUnderWineTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    os::set_system(&system);
+    winlib::set_window_library(&windows);
+    ConsoleMode = true;
+  }
+  void TearDown() override {
+    if (process.launched() && process.state() != psEnded) process.end();
+    winlib::set_window_library(nullptr);
+  }
+
+  // Launches the program and steps into its first line, as a session begins.
+  void start(const std::wstring& name) {
+    ASSERT_TRUE(process.launch(program_command(name))) << process.status_text();
+    ASSERT_EQ(command(kModeStepInto), psStopped) << process.status_text();
+  }
+  std::int32_t command(std::int32_t mode) {
+    if (mode == kModeStepInto || mode == kModeStepOver || mode == kModeStepOut)
+      process.arm_line_traps();
+    else
+      process.disarm_line_traps();
+    return process.run(mode);
+  }
+  // Runs to the line of `source` marked `marker` through a breakpoint there.
+  void run_to(const std::string& source, const std::string& marker) {
+    ASSERT_GE(process.breakpoints().set_breakpoint(source, line_of(source, marker), 1, 1, ""), 1);
+    ASSERT_EQ(command(kModeGo), psStopped) << process.status_text();
+  }
+
+  CallStack& stack() { return *process.current_stack(); }
+  F95StackFrame* f95_frame(std::int32_t index) { return dynamic_cast<F95StackFrame*>(stack().frame(index)); }
+
+  // The value `size` bytes long at the address the frame computes for its variable `name`.
+  template <typename T>
+  T value_of(std::int32_t frame_index, const std::string& name) {
+    T value{};
+    F95StackFrame* frame = f95_frame(frame_index);
+    if (!frame) {
+      ADD_FAILURE() << "frame " << frame_index << " is not one of our compiler's";
+      return value;
+    }
+    const VariableRecord* record = nullptr;
+    for (int i = 0; i < frame->variable_count() && !record; ++i)
+      if (same_name(frame->variable_record(i)->name, name)) record = frame->variable_record(i);
+    if (!record) {
+      ADD_FAILURE() << "no variable " << name << " in " << frame->routine_name();
+      return value;
+    }
+    address_types_seen.insert(record->address_type());
+    VariableAddress where = frame->variable_address(record->address_type(), record->address_value, record, 0);
+    EXPECT_EQ(where.error, 0) << name;
+    EXPECT_EQ(process.read(where.address, &value, sizeof value), sizeof value) << name;
+    last_address = where.address;
+    return value;
+  }
+
+  testing::CountingSystem system;
+  winlib::HeadlessLibrary windows;
+  DebuggedProcess process;
+  std::set<std::uint32_t> address_types_seen;
+  Address last_address = 0;
+};
+
+// ---- the walk ----------------------------------------------------------------------------
+
+TEST_F(StackUnderWineTest, RecursionFiftyDeepListsExactlyForty) {
+  start(L"stack_shapes");
+  run_to("stack_shapes.f95", "stop: deepest");
+  ASSERT_EQ(stack().depth(), 40);
+  const std::int32_t call_line = line_of("stack_shapes.f95", "stop: recursive call");
+  for (std::int32_t i = 0; i < 40; ++i) {
+    frame_information info = stack().information(i);
+    EXPECT_TRUE(same_name(info.routine_name, "descend")) << i << " " << info.routine_name;
+    EXPECT_EQ(info.line, i == 0 ? line_of("stack_shapes.f95", "stop: deepest") : call_line) << i;
+    EXPECT_EQ(stack().frame(i)->index, i + 1);
+    if (i > 0) {
+      EXPECT_GT(stack().items()[i].sp, stack().items()[i - 1].sp);
+    }
+  }
+  EXPECT_EQ(value_of<std::int32_t>(0, "n"), 1);
+  EXPECT_EQ(value_of<std::int32_t>(39, "n"), 40);
+}
+
+TEST_F(StackUnderWineTest, AStopOnARoutinesFirstByteFindsItsCaller) {
+  start(L"stack_shapes");
+  run_to("stack_shapes.f95", "stop: leaf entry");
+  ASSERT_GE(stack().depth(), 2);
+  EXPECT_TRUE(same_name(stack().information(0).routine_name, "leaf"));
+  EXPECT_EQ(stack().information(0).offset, 1u);  // just after the line trap at its first byte
+  EXPECT_EQ(stack().items()[0].return_slot, process.context().rsp);
+  frame_information caller = stack().information(1);
+  EXPECT_TRUE(same_name(caller.routine_name, "stack_shapes"));
+  EXPECT_EQ(caller.line, line_of("stack_shapes.f95", "stop: call leaf"));
+}
+
+TEST_F(StackUnderWineTest, ALargeFrameUnwindsThroughTheProbeFormAtEveryLine) {
+  start(L"stack_shapes");
+  run_to("stack_shapes.f95", "stop: call big frame");
+  const std::int32_t call_line = line_of("stack_shapes.f95", "stop: call big frame");
+  std::set<std::int32_t> lines;
+  while (command(kModeStepInto) == psStopped) {
+    frame_information inner = stack().information(0);
+    if (!same_name(inner.routine_name, "big_frame")) break;
+    lines.insert(inner.line);
+    ASSERT_GE(stack().depth(), 2) << "at line " << inner.line;
+    frame_information caller = stack().information(1);
+    EXPECT_TRUE(same_name(caller.routine_name, "stack_shapes")) << "at line " << inner.line;
+    EXPECT_EQ(caller.line, call_line) << "at line " << inner.line;
+    if (inner.line > line_of("stack_shapes.f95", "stop: big frame first line")) {
+      EXPECT_EQ(value_of<std::int32_t>(0, "k"), 3) << "at line " << inner.line;
+    }
+  }
+  // The subroutine line (its first byte, before the probe), three statements and the end.
+  EXPECT_GE(lines.size(), 5u);
+}
+
+TEST_F(StackUnderWineTest, FortranThroughCBackIntoFortranListsAllThreeInOrder) {
+  start(L"callback");
+  run_to("callback.f95", "stop: visit");
+  ASSERT_GE(stack().depth(), 3);
+  EXPECT_NE(f95_frame(0), nullptr);
+  EXPECT_TRUE(same_name(stack().information(0).routine_name, "visit"));
+
+  auto* c_frame = dynamic_cast<MicrosoftStackFrame*>(stack().frame(1));
+  ASSERT_NE(c_frame, nullptr);
+  EXPECT_EQ(c_frame->routine_name(), "APPLY_EACH");
+  EXPECT_GT(c_frame->displacement(), 0u);
+  EXPECT_EQ(module_name(c_frame->module), "callback_lib.dll");
+  EXPECT_EQ(c_frame->index, 1);
+
+  ASSERT_NE(f95_frame(2), nullptr);
+  frame_information main_program = stack().information(2);
+  EXPECT_TRUE(same_name(main_program.routine_name, "callback"));
+  EXPECT_EQ(main_program.line, line_of("callback.f95", "stop: call C"));
+  EXPECT_EQ(f95_frame(2)->index, 3);
+  EXPECT_EQ(value_of<std::int32_t>(0, "v"), 1);
+
+  // A name no routine map holds is found through the system's symbol handler: the C
+  // library's counter, as the library stored it before its first call back.
+  VariableRecord visits;
+  visits.name = "VISITS";
+  visits.descriptor = 10;
+  VariableAddress where = f95_frame(0)->variable_address(10, 0, &visits, 0);
+  EXPECT_EQ(where.error, 0);
+  EXPECT_EQ(where.base, where.address);
+  EXPECT_GE(where.address, c_frame->module->load_base());
+  EXPECT_LT(where.address, c_frame->module->end_address());
+  std::int32_t count = 0;
+  EXPECT_EQ(process.read(where.address, &count, sizeof count), sizeof count);
+  EXPECT_EQ(count, 1000);
+  visits.name = "NO_SUCH_NAME_ANYWHERE";
+  EXPECT_EQ(f95_frame(0)->variable_address(10, 0, &visits, 0).error, kErrorOutOfScope);
+}
+
+TEST_F(StackUnderWineTest, AStopInsideALibraryRoutineFindsItsStaticData) {
+  start(L"dll_data");
+  run_to("dll_data_lib.f95", "stop: tally");
+  ASSERT_GE(stack().depth(), 2);
+  F95StackFrame* tally = f95_frame(0);
+  ASSERT_NE(tally, nullptr);
+  EXPECT_EQ(module_name(tally->module), "dll_data_lib.dll");
+  EXPECT_FALSE(tally->module->main_image());
+  EXPECT_TRUE(same_name(stack().information(1).routine_name, "dll_data"));
+
+  EXPECT_EQ(value_of<std::int32_t>(0, "total"), 555001);
+  const Address statics = tally->module->load_base() + tally->lead_word();
+  EXPECT_GE(last_address, statics - 0x10000);
+  EXPECT_LT(last_address, tally->module->end_address());
+  EXPECT_EQ(value_of<double>(0, "scale"), 555001.5);
+  EXPECT_EQ(value_of<std::int32_t>(0, "n"), 1);
+}
+
+TEST_F(StackUnderWineTest, TheCallersOfAProgramsMainAreNamedThroughTheSymbolHandler) {
+  ASSERT_TRUE(process.launch(testing::debuggee_command(L"faults", L"read-null"))) << process.status_text();
+  ASSERT_EQ(process.run(kModeGo), psFailed);
+  ASSERT_GE(stack().depth(), 3);
+  std::vector<std::string> modules;
+  for (const auto& item : stack().items()) {
+    EXPECT_EQ(dynamic_cast<MicrosoftStackFrame*>(item.frame.get()) != nullptr, true);
+    modules.push_back(module_name(item.module));
+  }
+  EXPECT_EQ(modules.front(), "faults.exe");
+  EXPECT_EQ(stack().frame(0)->index, 0);
+  // The start of every thread: kernel32 calls the program's entry, ntdll calls kernel32.
+  auto kernel32 = std::find(modules.begin(), modules.end(), "kernel32.dll");
+  auto ntdll = std::find(modules.begin(), modules.end(), "ntdll.dll");
+  ASSERT_NE(kernel32, modules.end());
+  ASSERT_NE(ntdll, modules.end());
+  EXPECT_LT(kernel32, ntdll);
+  for (std::size_t i = 0; i < modules.size(); ++i) {
+    std::string name = stack().frame(static_cast<std::int32_t>(i))->routine_name();
+    if (modules[i] != "faults.exe") {
+      EXPECT_EQ(name.find('!'), std::string::npos) << name;  // a symbol's name
+    }
+  }
+}
+
+TEST_F(StackUnderWineTest, BelowALibraryRoutineTheCProgramsCallersAreNamedThroughTheSymbolHandler) {
+  start(L"c_calls_fortran");
+  run_to("dll_data_lib.f95", "stop: tally");
+  ASSERT_GE(stack().depth(), 4);
+  ASSERT_NE(f95_frame(0), nullptr);
+  EXPECT_TRUE(same_name(stack().information(0).routine_name, "tally"));
+  EXPECT_EQ(f95_frame(0)->index, 1);
+  EXPECT_EQ(value_of<std::int32_t>(0, "n"), 1);
+
+  auto* main_frame = dynamic_cast<MicrosoftStackFrame*>(stack().frame(1));
+  ASSERT_NE(main_frame, nullptr);
+  EXPECT_EQ(main_frame->routine_name(), "main");
+  EXPECT_GT(main_frame->displacement(), 0u);
+  EXPECT_EQ(main_frame->index, 1);
+  EXPECT_EQ(module_name(main_frame->module), "c_calls_fortran.exe");
+  EXPECT_EQ(stack().items()[1].pc, process.read_u64(stack().items()[0].return_slot));
+
+  // The C start-up calls main, kernel32 starts the thread, ntdll calls kernel32.
+  std::vector<std::string> modules;
+  for (std::int32_t i = 1; i < stack().depth(); ++i) {
+    auto* frame = dynamic_cast<MicrosoftStackFrame*>(stack().frame(i));
+    ASSERT_NE(frame, nullptr) << i;
+    EXPECT_EQ(frame->index, i);
+    modules.push_back(module_name(frame->module));
+    if (modules.back() != "c_calls_fortran.exe") {
+      EXPECT_EQ(frame->routine_name().find('!'), std::string::npos) << frame->routine_name();
+    }
+  }
+  EXPECT_EQ(modules[1], "c_calls_fortran.exe");  // the start-up routine that called main
+  auto kernel32 = std::find(modules.begin(), modules.end(), "kernel32.dll");
+  auto ntdll = std::find(modules.begin(), modules.end(), "ntdll.dll");
+  ASSERT_NE(kernel32, modules.end());
+  ASSERT_NE(ntdll, modules.end());
+  EXPECT_LT(kernel32, ntdll);
+}
+
+// ---- variables of every address type ------------------------------------------------------
+
+TEST_F(StackUnderWineTest, AProgramWithoutCommonHasAnEmptyList) {
+  start(L"stack_shapes");
+  EXPECT_EQ(process.common_info_address(), 0u);  // the run-time library answered: no list
+  const std::size_t reads = system.counts.reads;
+  EXPECT_EQ(process.common_block_address("/SHARED/"), 0u);
+  EXPECT_TRUE(process.common_blocks().empty());
+  EXPECT_EQ(system.counts.reads, reads);
+}
+
+TEST_F(StackUnderWineTest, EveryAddressTypeFindsTheValueTheProgramStored) {
+  start(L"address_types");
+  // The first stop asked the run-time library where its COMMON list starts.
+  ASSERT_NE(process.common_info_address(), ~Address{0});
+  ASSERT_NE(process.common_info_address(), 0u);
+
+  run_to("address_types.f95", "stop: inside");
+  // In the internal procedure: its argument, and its host's local and allocatable.
+  EXPECT_EQ(value_of<std::int32_t>(0, "k"), 111008);
+  EXPECT_EQ(value_of<std::int32_t>(0, "host_local"), 111001);
+  EXPECT_EQ(value_of<std::int32_t>(0, "host_list"), 111002);
+  // In the host, the main program: its own local, allocatable, COMMON members, structure.
+  EXPECT_EQ(value_of<std::int32_t>(1, "host_local"), 111001);
+  EXPECT_EQ(value_of<std::int32_t>(1, "host_list"), 111002);
+  EXPECT_EQ(value_of<std::int32_t>(1, "first"), 111004);
+  const Address first_in_main = last_address;
+  EXPECT_EQ(value_of<double>(1, "second"), 111005.5);
+  EXPECT_EQ(value_of<std::int32_t>(1, "spot"), 111006);  // the first component lies at offset 0
+  const Address spot = last_address;
+  F95StackFrame* main_program = f95_frame(1);
+  const DerivedTypeRecord* point = nullptr;
+  for (int i = 0; i < main_program->variable_count(); ++i)
+    if (same_name(main_program->variable_record(i)->name, "spot")) point = main_program->variable_record(i)->structure;
+  ASSERT_NE(point, nullptr);
+  ASSERT_EQ(point->components.size(), 2u);
+  const VariableRecord& y = *point->components[1];
+  VariableAddress component = main_program->variable_address(y.address_type(), y.address_value, &y, spot);
+  address_types_seen.insert(y.address_type());
+  double y_value = 0;
+  process.read(component.address, &y_value, 8);
+  EXPECT_EQ(y_value, 111007.5);
+
+  // The constant has no address; its value comes with its record.
+  auto answer = main_program->find_variable("ANSWER");
+  ASSERT_NE(answer, nullptr);
+  EXPECT_EQ(answer->error_code, 0);
+  EXPECT_EQ(value_int32(*answer, process), 4242);
+  EXPECT_EQ(main_program->variable_address(4, 0, nullptr, 0).error, kErrorOutOfScope);
+
+  run_to("address_types.f95", "stop: nested");
+  EXPECT_EQ(value_of<std::int32_t>(0, "arg"), 222001);
+  EXPECT_EQ(value_of<std::int32_t>(0, "mine"), 222002);
+  EXPECT_EQ(value_of<std::int32_t>(0, "view"), 222003);
+  EXPECT_EQ(value_of<std::int32_t>(1, "arg"), 222001);
+  EXPECT_EQ(value_of<std::int32_t>(1, "view"), 222003);
+
+  run_to("address_types.f95", "stop: keeper");
+  EXPECT_EQ(value_of<std::int32_t>(0, "kept"), 333001);
+  EXPECT_EQ(value_of<double>(0, "also_kept"), 333002.5);
+
+  run_to("address_types.f95", "stop: common_reader");
+  EXPECT_EQ(value_of<std::int32_t>(0, "first"), 111004);
+  EXPECT_EQ(last_address, first_in_main);  // one block for both routines
+
+  EXPECT_EQ(address_types_seen, (std::set<std::uint32_t>{0, 1, 3, 5, 7, 8, 9, 11, 12}));
+
+  // Both routines' block records are resolved now: asking again reads nothing.
+  const std::size_t reads = system.counts.reads;
+  EXPECT_EQ(process.common_block_address("/SHARED/"), first_in_main);
+  EXPECT_EQ(system.counts.reads, reads);
+
+  bool found_common = false;
+  for (const CommonBlock& block : process.common_blocks())
+    if (block.name == "/SHARED/") {
+      found_common = true;
+      EXPECT_EQ(block.address, first_in_main);
+      EXPECT_EQ(block.size, 16u);
+    }
+  EXPECT_TRUE(found_common);
+}
+
+}  // namespace
+}  // namespace vantor
