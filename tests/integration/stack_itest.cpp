@@ -174,6 +174,11 @@ TEST_F(StackUnderWineTest, FortranThroughCBackIntoFortranListsAllThreeInOrder) {
   EXPECT_EQ(main_program.line, line_of("callback.f95", "stop: call C"));
   EXPECT_EQ(f95_frame(2)->index, 3);
   EXPECT_EQ(value_of<std::int32_t>(0, "v"), 1);
+  const Address argument = last_address;
+  // Past the C frame the walk resumes at the main program's own stack pointer: its array
+  // is where the callback's argument points.
+  EXPECT_EQ(value_of<std::int32_t>(2, "values"), 1);
+  EXPECT_EQ(last_address, argument);
 
   // A name no routine map holds is found through the system's symbol handler: the C
   // library's counter, as the library stored it before its first call back.

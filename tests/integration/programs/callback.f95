@@ -5,6 +5,7 @@ program callback
   external visit
   integer :: values(3)
   values = 1
+  values(2) = 2
   call apply_each(values, 3, visit) ! stop: call C
   print *, values
 end program callback
