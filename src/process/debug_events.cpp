@@ -60,9 +60,18 @@ DebuggedProcess::EventAction DebuggedProcess::on_exception(const os::DebugEvent&
     return EventAction::kContinue;
   }
   if (code == kBreakpointException || code == kSingleStepException) return on_trap(event);
-  if (code == kAccessViolation) return on_access_violation(event);
-  if ((code & 0x80000000u) == 0 ||
-      std::find(ignored_exceptions_.begin(), ignored_exceptions_.end(), code) != ignored_exceptions_.end()) {
+  const bool ignored =
+      std::find(ignored_exceptions_.begin(), ignored_exceptions_.end(), code) != ignored_exceptions_.end();
+  if (code == kAccessViolation) {
+    // A named access violation goes to the program's own handler first; one the program
+    // does not handle comes back as a second chance and stops it, so no fault is lost. The
+    // run-time library's error trap is never the program's to handle.
+    if (!ignored || !event.first_chance || at_runtime_error_trap(event.exception_address))
+      return on_access_violation(event);
+    continue_status = os::kExceptionNotHandled;
+    return EventAction::kContinue;
+  }
+  if ((code & 0x80000000u) == 0 || ignored) {
     continue_status = os::kExceptionNotHandled;
     return EventAction::kContinue;
   }
@@ -90,11 +99,14 @@ DebuggedProcess::EventAction DebuggedProcess::on_trap(const os::DebugEvent& even
   return EventAction::kContinue;
 }
 
+bool DebuggedProcess::at_runtime_error_trap(Address address) {
+  std::uint8_t bytes[2] = {0, 0};
+  return read(address, bytes, 2) == 2 && bytes[0] == kRuntimeErrorTrap[0] && bytes[1] == kRuntimeErrorTrap[1];
+}
+
 DebuggedProcess::EventAction DebuggedProcess::on_access_violation(const os::DebugEvent& event) {
   refresh_call_stack();
-  std::uint8_t bytes[2] = {0, 0};
-  if (read(event.exception_address, bytes, 2) == 2 && bytes[0] == kRuntimeErrorTrap[0] &&
-      bytes[1] == kRuntimeErrorTrap[1]) {
+  if (at_runtime_error_trap(event.exception_address)) {
     fail(runtime_error_message(static_cast<std::int64_t>(context_.rcx), context_.rdx, *this));
     return EventAction::kStop;
   }

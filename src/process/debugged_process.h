@@ -167,6 +167,7 @@ class DebuggedProcess : public TargetMemory {
   EventAction on_exception(const os::DebugEvent& event, std::uint32_t& continue_status);
   EventAction on_trap(const os::DebugEvent& event);
   EventAction on_access_violation(const os::DebugEvent& event);
+  bool at_runtime_error_trap(Address address);
   EventAction on_create_process(const os::DebugEvent& event);
   EventAction on_exit_process(const os::DebugEvent& event);
   EventAction on_create_thread(const os::DebugEvent& event);

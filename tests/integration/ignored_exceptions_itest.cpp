@@ -46,12 +46,13 @@ class IgnoredExceptionsTest : public ::testing::Test {
     system.write_profile_string(ui::kSettingsSection, ui::ignored_exception_key(index), code,
                                 ui::settings_file_path());
   }
-  std::int32_t run_guarded(const std::wstring& fault) {
+  std::int32_t run_program(const std::wstring& name, const std::wstring& fault) {
     end_current_process();
     DebuggedProcess& process = new_current_process();
-    EXPECT_TRUE(process.launch(debuggee_command(L"guarded", fault))) << process.status_text();
+    EXPECT_TRUE(process.launch(debuggee_command(name, fault))) << process.status_text();
     return process.run(4);
   }
+  std::int32_t run_guarded(const std::wstring& fault) { return run_program(L"guarded", fault); }
 
   ScratchSettingsSystem system;
 };
@@ -67,11 +68,17 @@ TEST_F(IgnoredExceptionsTest, ACodeNamedInTheSettingsReachesTheProgramsHandler) 
   EXPECT_EQ(CurrentProcess->exit_code(), 7u);  // the program's handler ended it
 }
 
-// An access violation is the debugger's own business: it stops the program even when the
-// settings name its code, so that a fault is never lost in a handler.
-TEST_F(IgnoredExceptionsTest, AnAccessViolationStopsEvenWhenNamed) {
-  ignore(0, "C0000005");
+// A named access violation reaches the program's own handler; unnamed, it stops the program.
+TEST_F(IgnoredExceptionsTest, ANamedAccessViolationReachesTheProgramsHandler) {
   EXPECT_EQ(run_guarded(L"write"), psFailed);
+  EXPECT_EQ(CurrentProcess->status_text(), "Access Violation writing address 0x0000000000000000");
+
+  ignore(3, "c0000005");
+  EXPECT_EQ(run_guarded(L"write"), psEnded);
+  EXPECT_EQ(CurrentProcess->exit_code(), 7u);
+
+  // A program without a handler gives the fault back: it stops all the same.
+  EXPECT_EQ(run_program(L"faults", L"write-null"), psFailed);
   EXPECT_EQ(CurrentProcess->status_text(), "Access Violation writing address 0x0000000000000000");
 }
 

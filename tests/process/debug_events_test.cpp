@@ -297,6 +297,27 @@ TEST_F(DebugEventsTest, IgnoredCodesAndCodesWithoutTheHighBitGoBackToTheProgram)
                                         os::kExceptionNotHandled, os::kExceptionNotHandled}));
 }
 
+TEST_F(DebugEventsTest, ANamedAccessViolationReachesTheProgramFirstAndStopsItUnhandled) {
+  process.add_ignored_exception(0xC0000005);
+  auto second_chance = exception(0xC0000005, kImageBase + 0x1234, 1, 0x10);
+  second_chance.first_chance = false;
+  start({exception(0xC0000005, kImageBase + 0x1234, 1, 0x10), second_chance});
+  EXPECT_EQ(process.run(4), psFailed);
+  EXPECT_EQ(process.status_text(), "Access Violation writing address 0x0000000000000010");
+  EXPECT_EQ(system().continue_statuses,
+            (std::vector<std::uint32_t>{os::kContinue, os::kContinue, os::kExceptionNotHandled}));
+}
+
+TEST_F(DebugEventsTest, TheLibrarysErrorTrapStopsEvenWhenAccessViolationsAreNamed) {
+  process.add_ignored_exception(0xC0000005);
+  const std::uint8_t int9[] = {0xCD, 0x09};
+  system().poke(kImageBase + 0x8000, int9, 2);
+  system().context().rcx = 11;
+  start({exception(0xC0000005, kImageBase + 0x8000, 0, 0xFFFFFFFFFFFFFFFF)});
+  EXPECT_EQ(process.run(4), psFailed);
+  EXPECT_EQ(process.status_text(), "Run-time error 11: Array subscript out of bounds");
+}
+
 // ---- the process, its threads and libraries ------------------------------------------------
 
 TEST_F(DebugEventsTest, AThirtyTwoBitProgramIsRefused) {
