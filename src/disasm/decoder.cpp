@@ -2,10 +2,15 @@
 
 #include "disasm/pattern_index.h"
 #include "disasm/pattern_table.h"
+#include "disasm/pattern_text.h"
 
 namespace vantor::disasm {
 
 namespace {
+
+using pattern_text::rex_group_follows;
+using pattern_text::skip_group;
+using pattern_text::skip_spaces;
 
 constexpr std::size_t kWindowBits = kWindowSize * 8;
 
@@ -36,33 +41,6 @@ std::uint64_t sign_extend(std::uint64_t value, std::size_t size) {
   const unsigned shift = 64 - 8 * static_cast<unsigned>(size);
   return shift == 0 ? value
                     : static_cast<std::uint64_t>(static_cast<std::int64_t>(value << shift) >> shift);
-}
-
-const char* skip_spaces(const char* p) {
-  while (*p == ' ') ++p;
-  return p;
-}
-
-// The next four bit characters read "0100": the row has a REX group here.
-bool next_group_is_rex(const char* p) {
-  static constexpr char kRex[] = "0100";
-  for (int i = 0; i < 4; ++i) {
-    p = skip_spaces(p);
-    if (*p++ != kRex[i]) return false;
-  }
-  return true;
-}
-
-// Returns the position after the next eight bit characters; `ones` counts their 1s.
-const char* skip_group(const char* p, int& ones) {
-  ones = 0;
-  for (int i = 0; i < 8; ++i) {
-    p = skip_spaces(p);
-    if (*p == '\0') break;
-    if (*p == '1') ++ones;
-    ++p;
-  }
-  return p;
 }
 
 struct RexState {
@@ -143,7 +121,7 @@ bool match_row(const char* p, const std::uint8_t* window, std::size_t rex_positi
   for (;;) {
     p = skip_spaces(p);
     if (*p == '\0') break;
-    if (!rex_checked && cursor == rex_position && next_group_is_rex(p)) {
+    if (!rex_checked && cursor == rex_position && rex_group_follows(p)) {
       rex_checked = true;
       if (bits.byte(cursor / 8) >> 4 == 0x4) {
         rex.present = true;

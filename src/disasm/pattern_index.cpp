@@ -2,10 +2,15 @@
 
 #include "disasm/decoder.h"
 #include "disasm/pattern_table.h"
+#include "disasm/pattern_text.h"
 
 namespace vantor::disasm {
 
 namespace {
+
+using pattern_text::rex_group_follows;
+using pattern_text::skip_group;
+using pattern_text::skip_spaces;
 
 constexpr std::uint8_t kCountedPrefixes[] = {0xF2, 0xF3, 0x66, 0x67};
 
@@ -13,20 +18,6 @@ bool is_counted_prefix(unsigned byte) {
   for (const std::uint8_t prefix : kCountedPrefixes)
     if (byte == prefix) return true;
   return false;
-}
-
-const char* skip_spaces(const char* p) {
-  while (*p == ' ') ++p;
-  return p;
-}
-
-bool next_group_is_rex(const char* p) {
-  static constexpr char kRex[] = "0100";
-  for (int i = 0; i < 4; ++i) {
-    p = skip_spaces(p);
-    if (*p++ != kRex[i]) return false;
-  }
-  return true;
 }
 
 // The bits a row fixes in the first bytes of an instruction, for one assumed prefix
@@ -64,19 +55,13 @@ bool read_row(const char* p, std::size_t prefixes, bool rex, FixedBits& fixed) {
   for (;;) {
     p = skip_spaces(p);
     if (*p == '\0' || cursor >= stop) return true;
-    if (!rex_checked && cursor == rex_position && next_group_is_rex(p)) {
+    if (!rex_checked && cursor == rex_position && rex_group_follows(p)) {
       rex_checked = true;
       if (rex) {
         rex_present = true;
       } else {
         int ones = 0;
-        const char* q = p;
-        for (int i = 0; i < 8; ++i) {
-          q = skip_spaces(q);
-          if (*q == '\0') break;
-          if (*q == '1') ++ones;
-          ++q;
-        }
+        const char* q = skip_group(p, ones);
         if (ones < 2) {
           p = q;
           continue;

@@ -10,6 +10,7 @@
 #include <random>
 
 #include "disasm/decoder.h"
+#include "disasm/pattern_text.h"
 
 namespace vantor::disasm::testing {
 
@@ -84,23 +85,8 @@ class RowSampler {
   std::mt19937& engine() { return random_; }
 
  private:
-  static bool starts_rex_group(const char* p) {
-    static constexpr char kRex[] = "0100";
-    for (int i = 0; i < 4; ++i) {
-      while (*p == ' ') ++p;
-      if (*p++ != kRex[i]) return false;
-    }
-    return true;
-  }
-  static const char* skip_group(const char* p, int& ones) {
-    ones = 0;
-    for (int i = 0; i < 8; ++i) {
-      while (*p == ' ') ++p;
-      if (*p == '\0') break;
-      ones += *p++ == '1';
-    }
-    return p;
-  }
+  static bool starts_rex_group(const char* p) { return pattern_text::rex_group_follows(p); }
+  static const char* skip_group(const char* p, int& ones) { return pattern_text::skip_group(p, ones); }
 
   void put(unsigned bit) {
     std::uint8_t& b = (*bytes_)[cursor_ / 8];
