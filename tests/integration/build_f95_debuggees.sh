@@ -27,4 +27,10 @@ x86_64-w64-mingw32-gcc-posix -shared -O1 -gdwarf-4 -Wall -Wextra -static-libgcc 
 "$f95mini" --dll "$src/dll_data_lib.f95" -o dll_data_lib.dll
 "$f95mini" --link dll_data_lib.dll "$src/dll_data.f95" -o dll_data.exe
 x86_64-w64-mingw32-gcc-posix -O1 -gdwarf-4 -Wall -Wextra -o c_calls_fortran.exe "$src/c_calls_fortran.c" dll_data_lib.dll
+# Values at real stops: every supported type, and a checking build's never-assigned values.
+values=$(cd "$src/../values" && pwd)
+"$f95mini" "$values/all_types.f95" -o all_types.exe
+"$f95mini" --undef "$values/undefined.f95" -o undefined.exe
+# Finding source text: a program whose line tables record only the bare file name.
+"$f95mini" --record-name bare "$src/stepping.f95" -o stepping_bare.exe
 echo "built the test programs in $out"

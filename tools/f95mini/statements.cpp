@@ -42,7 +42,9 @@ void RoutineCompiler::entry_code() {
       emit("mov qword ptr " + local_mem(s->desc_offset, 24 * d) + ", rax");
       emit("mov qword ptr " + temp_mem(lower_t) + ", rax");
       if (s->shape.kind == Shape::kAssumedSize && d + 1 == s->shape.rank()) {
-        emit("mov rcx, 2147483648");
+        // An extent that puts the upper bound at 2^31, the compiler's mark of an unknown
+        // last extent.
+        emit("mov rcx, 2147483649");
         emit("sub rcx, rax");
       } else {
         if (dim.upper_constant()) emit("mov rax, " + std::to_string(dim.upper));
