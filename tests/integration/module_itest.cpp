@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <cstring>
 #include <set>
+#include <vector>
 
 #include "common/messages.h"
 #include "debuggee.h"
@@ -123,6 +125,12 @@ class ModuleUnderWineTest : public ::testing::Test {
       EXPECT_LT(routine->debug_block, module.end_address());
     }
     EXPECT_EQ(names.size(), module.routines().size());
+    // The compiler lays routines out one after another: no range reaches into the next.
+    std::vector<const MapEntry*> by_start;
+    for (const auto& routine : module.routines()) by_start.push_back(routine.get());
+    std::sort(by_start.begin(), by_start.end(), [](const MapEntry* a, const MapEntry* b) { return a->start < b->start; });
+    for (std::size_t i = 1; i < by_start.size(); ++i)
+      EXPECT_LT(by_start[i - 1]->end, by_start[i]->start) << by_start[i - 1]->name << " runs into " << by_start[i]->name;
   }
 
   // Every line of every routine maps to its address and back.

@@ -126,8 +126,10 @@ program all_types
   print *, i4 .GT. 100000 .AND. l4                 ! expect: i4 .GT. 100000 .AND. l4 => .TRUE.; i4 < 0 .OR. r4 == 1.5 => .TRUE.; odd(2) .NE. 20 => .FALSE.; .NOT. l2 => .TRUE.; (i2 - 100) / 8 => 25
   call inner(5)
   call span(seq, 3, seq)
-  print *, 'let', i4, r8, word, odd(0)             ! let: i4 = 99; r8 = 2.25; word = 'abc'; odd(0) = -1
+  print *, 'let', i4, r8, word, odd(0)             ! let: i4 = 99; r8 = 2.25; word = 'abc'; odd(0) = -1; tri%corners = 4; pair(1) = -0.5; mode = 5; l4 = .FALSE.; ptr = 78; c8 = 3
   print *, 'after', i4, r8, word, odd(0)           ! shows: i4, r8, word, odd(0)
+  print *, 'others', tri%corners, pair(1), mode, l4, tgt, c8  ! shows: tri%corners, pair(1), mode, l4, tgt, c8
+  print *, mbuf                                    ! expect: tri%corners => 4; pair(1) => -0.5; mode => 5; l4 => .FALSE.; tgt => 78; c8 => (3,0)
 contains
   subroutine inner(n)
     integer :: n
