@@ -138,10 +138,15 @@ TEST_F(StackUnderWineTest, ALargeFrameUnwindsThroughTheProbeFormAtEveryLine) {
   run_to("stack_shapes.f95", "stop: call big frame");
   const std::int32_t call_line = line_of("stack_shapes.f95", "stop: call big frame");
   std::set<std::int32_t> lines;
+  std::int32_t previous_line = call_line;
   while (command(kModeStepInto) == psStopped) {
+    // Every stop keeps the stack of the stop before it.
+    ASSERT_NE(process.previous_stack(), nullptr);
+    EXPECT_EQ(process.previous_stack()->information(0).line, previous_line);
     frame_information inner = stack().information(0);
     if (!same_name(inner.routine_name, "big_frame")) break;
     lines.insert(inner.line);
+    previous_line = inner.line;
     ASSERT_GE(stack().depth(), 2) << "at line " << inner.line;
     frame_information caller = stack().information(1);
     EXPECT_TRUE(same_name(caller.routine_name, "stack_shapes")) << "at line " << inner.line;

@@ -62,6 +62,39 @@ TEST_F(CallStackTest, StopOnARoutinesFirstByteFindsTheCallerAtTheStackPointer) {
   EXPECT_EQ(stack->items()[1].return_slot, sp + 8 + 0x48);
 }
 
+TEST_F(CallStackTest, PrologueScanLimitsAndFallbackShapeTheWalk) {
+  // OUTER's frame is found through the lead word (a push is neither prologue form); MID's
+  // allocation is its 20th instruction, so the walk ends after MID; DEEP never reaches
+  // its allocation within 20 instructions and has no return slot.
+  image.routine("OUTER", 0x1000, 0x40).lead_word(0x58).line(1, 0);
+  image.routine("MID", 0x1100, 0x40).line(2, 0);
+  image.routine("DEEP", 0x1200, 0x40).line(3, 0);
+  load(image, L"C:\\build\\prog.exe", true);
+  code(image, "OUTER", {0x90, 0x53, 0x48, 0x83, 0xEC, 0x20, 0x90});  // nop; push rbx; sub rsp,20
+  std::vector<std::uint8_t> mid(19, 0x90);
+  for (std::uint8_t byte : {0x48, 0x83, 0xEC, 0x28}) mid.push_back(byte);
+  code(image, "MID", mid);
+  code(image, "DEEP", std::vector<std::uint8_t>(20, 0x90));
+
+  // MID, called from OUTER, which was called from MID again.
+  const Address sp = 0x30000;
+  put(sp + 0x28, image.address_of("OUTER") + 0x10);
+  put(sp + 0x30 + 0x58, image.address_of("MID") + 0x30);
+  auto from_mid = walk(image.address_of("MID") + 0x30, sp);
+  ASSERT_EQ(from_mid->depth(), 1);  // the caller is known but not followed
+  EXPECT_EQ(from_mid->items()[0].return_slot, sp + 0x28);
+
+  auto from_outer = walk(image.address_of("OUTER") + 0x10, sp + 0x30);
+  ASSERT_EQ(from_outer->depth(), 2);
+  EXPECT_EQ(from_outer->items()[0].return_slot, sp + 0x30 + 0x58);
+  EXPECT_EQ(from_outer->items()[1].frame->routine_name(), "MID");
+  EXPECT_EQ(from_outer->items()[1].sp, sp + 0x30 + 0x58 + 8);
+
+  auto from_deep = walk(image.address_of("DEEP") + 0x30, sp);
+  ASSERT_EQ(from_deep->depth(), 1);
+  EXPECT_EQ(from_deep->items()[0].return_slot, 0u);
+}
+
 TEST_F(CallStackTest, CallbackThroughSystemCodeListsAllThreeKindsInOrder) {
   image.routine("MAIN", 0x1000, 0x40).line(1, 0).line(2, 5);
   image.routine("CALLBACK", 0x1100, 0x40).line(30, 0).line(31, 5);
