@@ -15,7 +15,8 @@ export ASAN_OPTIONS=detect_leaks=0
 "$f95mini" "$src/data_watch.f95" -o data_watch.exe
 "$f95mini" --dll "$src/late_dll_lib.f95" -o late_dll_lib.dll
 "$f95mini" --c "$src/late_dll_loader.c" "$src/late_dll.f95" -o late_dll.exe
-# Call-stack walks: recursion, large frames, a C library between Fortran frames, a library
+# Call-stack walks: recursion, large frames, a C library between Fortran frames or below
+# them, a library
 # with static data (also called from a C program), and variables of every address type.
 # The C parts are built by the C compiler alone, so that they carry no routine map, with
 # DWARF 4, the newest that Wine 8's symbol handler reads (without it only a routine's
@@ -24,6 +25,7 @@ export ASAN_OPTIONS=detect_leaks=0
 "$f95mini" "$src/address_types.f95" -o address_types.exe
 x86_64-w64-mingw32-gcc-posix -shared -O1 -gdwarf-4 -Wall -Wextra -static-libgcc -o callback_lib.dll "$src/callback_lib.c"
 "$f95mini" --link callback_lib.dll "$src/callback.f95" -o callback.exe
+"$f95mini" --link callback_lib.dll "$src/waiting.f95" -o waiting.exe
 "$f95mini" --dll "$src/dll_data_lib.f95" -o dll_data_lib.dll
 "$f95mini" --link dll_data_lib.dll "$src/dll_data.f95" -o dll_data.exe
 x86_64-w64-mingw32-gcc-posix -O1 -gdwarf-4 -Wall -Wextra -o c_calls_fortran.exe "$src/c_calls_fortran.c" dll_data_lib.dll

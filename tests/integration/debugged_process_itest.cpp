@@ -5,24 +5,14 @@
 #include "debuggee.h"
 #include "debuginfo/module.h"
 #include "os/win32/win32_system.h"
+#include "pausing_library.h"
 #include "process/debugged_process.h"
-#include "winlib/headless_library.h"
 
 namespace vantor {
 namespace {
 
 using testing::debuggee_command;
-
-// Presses Pause on a chosen yield of the wait loop (one yield per quiet 500 ms).
-class PausingLibrary : public winlib::HeadlessLibrary {
- public:
-  void yield_program_control() override {
-    if (++yields == pause_on_yield && process != nullptr) process->request_pause();
-  }
-  int yields = 0;
-  int pause_on_yield = -1;
-  DebuggedProcess* process = nullptr;
-};
+using testing::PausingLibrary;
 
 class DebuggedProcessTest : public ::testing::Test {
  protected:

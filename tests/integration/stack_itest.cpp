@@ -15,6 +15,7 @@
 #include "counting_system.h"
 #include "debuggee.h"
 #include "debuginfo/module.h"
+#include "pausing_library.h"
 #include "process/debugged_process.h"
 #include "process/stepping.h"
 #include "process/user_space_buffer.h"
@@ -23,7 +24,6 @@
 #include "stack/microsoft_stack_frame.h"
 #include "values/element.h"
 #include "values/error_codes.h"
-#include "winlib/headless_library.h"
 
 namespace vantor {
 namespace {
@@ -95,7 +95,7 @@ class StackUnderWineTest : public ::testing::Test {
   }
 
   testing::CountingSystem system;
-  winlib::HeadlessLibrary windows;
+  testing::PausingLibrary windows;
   DebuggedProcess process;
   std::set<std::uint32_t> address_types_seen;
   Address last_address = 0;
@@ -200,6 +200,30 @@ TEST_F(StackUnderWineTest, FortranThroughCBackIntoFortranListsAllThreeInOrder) {
   EXPECT_EQ(count, 1000);
   visits.name = "NO_SUCH_NAME_ANYWHERE";
   EXPECT_EQ(f95_frame(0)->variable_address(10, 0, &visits, 0).error, kErrorOutOfScope);
+}
+
+TEST_F(StackUnderWineTest, PausedInsideTheSystemTheWalkHandsOverToFortranAtTheEnd) {
+  start(L"waiting");
+  windows.process = &process;
+  windows.pause_on_yield = 1;
+  ASSERT_EQ(command(kModeGo), psPaused) << process.status_text();
+  ASSERT_GE(stack().depth(), 3);
+  const std::int32_t last = stack().depth() - 1;
+  for (std::int32_t i = 0; i < last; ++i) {
+    auto* frame = dynamic_cast<MicrosoftStackFrame*>(stack().frame(i));
+    ASSERT_NE(frame, nullptr) << i;
+    EXPECT_EQ(frame->index, i);
+  }
+  EXPECT_NE(module_name(stack().items()[0].module), "callback_lib.dll");  // asleep in the system
+  EXPECT_EQ(stack().frame(last - 1)->routine_name(), "WAIT_IN_C");
+  EXPECT_EQ(module_name(stack().items()[static_cast<std::size_t>(last - 1)].module), "callback_lib.dll");
+
+  ASSERT_NE(f95_frame(last), nullptr);
+  frame_information main_program = stack().information(last);
+  EXPECT_TRUE(same_name(main_program.routine_name, "waiting"));
+  EXPECT_EQ(main_program.line, line_of("waiting.f95", "stop: call wait"));
+  EXPECT_EQ(f95_frame(last)->index, last + 1);
+  EXPECT_EQ(value_of<std::int32_t>(last, "seconds"), 30);
 }
 
 TEST_F(StackUnderWineTest, AStopInsideALibraryRoutineFindsItsStaticData) {

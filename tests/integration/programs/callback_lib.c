@@ -1,7 +1,9 @@
-/* The C side of the callback program, built as a DLL of its own so that its frames are
-   unwound by the system walker. Fortran passes everything by reference and names its
-   routines in upper case. VISITS is found by the debugger only through the system's
-   symbol handler: no routine map names it. */
+/* The C side of the callback and waiting programs, built as a DLL of its own so that its
+   frames are unwound by the system walker. Fortran passes everything by reference and
+   names its routines in upper case. VISITS is found by the debugger only through the
+   system's symbol handler: no routine map names it. */
+#include <windows.h>
+
 __declspec(dllexport) int VISITS = 0;
 
 __declspec(dllexport) void APPLY_EACH(int* values, int* n, void (*visit)(int*)) {
@@ -10,3 +12,6 @@ __declspec(dllexport) void APPLY_EACH(int* values, int* n, void (*visit)(int*)) 
     visit(&values[i]);
   }
 }
+
+/* Waits inside the system, where a pause finds the thread. */
+__declspec(dllexport) void WAIT_IN_C(int* seconds) { Sleep((DWORD)*seconds * 1000); }
