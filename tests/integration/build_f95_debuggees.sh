@@ -16,8 +16,8 @@ export ASAN_OPTIONS=detect_leaks=0
 "$f95mini" --dll "$src/late_dll_lib.f95" -o late_dll_lib.dll
 "$f95mini" --c "$src/late_dll_loader.c" "$src/late_dll.f95" -o late_dll.exe
 # Call-stack walks: recursion, large frames, a C library between Fortran frames or below
-# them, a library
-# with static data (also called from a C program), and variables of every address type.
+# them, a library with static data (also called from a C program), and variables of every
+# address type.
 # The C parts are built by the C compiler alone, so that they carry no routine map, with
 # DWARF 4, the newest that Wine 8's symbol handler reads (without it only a routine's
 # exact first byte has a name).
