@@ -8,6 +8,9 @@ namespace {
 // condition/length field.
 constexpr std::uint64_t kDr7KeptBits = 0xFFFFFFFF0000FFAAull;
 
+// The bytes that a watch of `size` covers as the LEN bits encode it.
+Address length_in_register(std::uint32_t size) { return size == 1 || size == 2 || size == 8 ? size : 4; }
+
 // R/W bits: 00 execute, 01 write, 11 read or write. LEN bits: 00 one byte, 01 two,
 // 11 four, 10 eight.
 std::uint64_t length_bits(std::uint32_t size) {
@@ -29,6 +32,17 @@ std::uint64_t field_for(const hardware_slot& slot) {
 
 bool is_armed_kind(std::uint32_t kind) {
   return kind == kSlotExecution || kind == kSlotReturnWatch || kind == kSlotDataBreakpoint;
+}
+
+// The address a watch puts in its debug register. The processor compares only the bits
+// above the watch's length, so an object that does not start on such a boundary is watched
+// from the boundary below it either way; clearing the low bits ourselves changes nothing on
+// the processor, but the kernel under Wine refuses an unaligned watch and, with it, the
+// whole DR7 write: every other watch would be lost too.
+Address register_address(const hardware_slot& slot) {
+  if (slot.kind != kSlotDataBreakpoint && slot.kind != kSlotReturnWatch) return slot.address;
+  const Address length = slot.kind == kSlotReturnWatch ? 8 : length_in_register(slot.size);
+  return slot.address & ~(length - 1);
 }
 
 std::uint64_t& debug_address_register(os::ThreadContext& context, int slot) {
@@ -90,7 +104,7 @@ bool HardwareSlots::encode(os::ThreadContext& context) {
   for (int i = 0; i < kCount; ++i) {
     const auto& slot = slots_[static_cast<std::size_t>(i)];
     if (is_armed_kind(slot.kind)) {
-      debug_address_register(context, i) = slot.address;
+      debug_address_register(context, i) = register_address(slot);
       enabled_mask_ |= 1u << i;
     } else {
       debug_address_register(context, i) = 0;

@@ -67,6 +67,29 @@ TEST(HardwareSlotsTest, EncodeWritesAddressesClearsFreeSlotsAndNeverArmsKindThre
   EXPECT_FALSE(slots.encode(context));  // nothing left to change
 }
 
+// An object on a 4-byte boundary covered by an 8-byte watch: the register gets the 8-byte
+// boundary below it (a system that checks alignment refuses the whole DR7 otherwise), while
+// the slot keeps the object's address, which hits are matched against.
+TEST(HardwareSlotsTest, UnalignedWatchesAreWrittenFromTheBoundaryBelow) {
+  HardwareSlots slots;
+  slots.take(kAccessWrite, kSlotDataBreakpoint, 0x101fc5c, 8);
+  slots.take(kAccessWrite, kSlotDataBreakpoint, 0x101fc66, 4);
+  slots.take(kAccessUse, kSlotDataBreakpoint, 0x101fc67, 2);
+  slots.take(kAccessWrite, kSlotExecution, 0x401003, 1);
+  os::ThreadContext context;
+  slots.encode(context);
+  EXPECT_EQ(context.dr0, 0x101fc58u);
+  EXPECT_EQ(context.dr1, 0x101fc64u);
+  EXPECT_EQ(context.dr2, 0x101fc66u);
+  EXPECT_EQ(context.dr3, 0x401003u);  // an instruction starts where it starts
+  EXPECT_EQ(slots[0].address, 0x101fc5cu);
+
+  HardwareSlots stack;
+  stack.take(kAccessUse, kSlotReturnWatch, 0x7fff4, 8);
+  stack.encode(context);
+  EXPECT_EQ(context.dr0, 0x7fff0u);
+}
+
 TEST(HardwareSlotsTest, HitIsTheLowestStatusBitAmongSlotsEverArmed) {
   HardwareSlots slots;
   os::ThreadContext context;
