@@ -179,6 +179,37 @@ TEST_F(BreakpointsTest, StepOverAtTheLastLineOfARoutineStopsInItsCaller) {
   EXPECT_EQ(stopped_line(), line_of("stepping.f95", "after work"));
 }
 
+// The callee's own breakpoint stops the step inside it, and the return watch the step had
+// placed does not outlive that stop.
+TEST_F(BreakpointsTest, StepOverACallStopsAtABreakpointInTheCallee) {
+  start(L"stepping");
+  set_breakpoint("stepping.f95", "call work", 1, 1);
+  set_breakpoint("stepping.f95", "leaf body", 1, 1);
+  ASSERT_EQ(command(kModeGo), psStopped);
+  ASSERT_EQ(command(kModeStepOver), psStopped);
+  EXPECT_EQ(stopped_routine(), "LEAF");
+  EXPECT_EQ(stopped_line(), line_of("stepping.f95", "leaf body"));
+  EXPECT_EQ(process.hardware_slots().free_hardware_slots(), 4);
+  ASSERT_EQ(command(kModeStepOver), psStopped);
+  EXPECT_EQ(stopped_line(), line_of("stepping.f95", "leaf end"));
+  ASSERT_EQ(command(kModeStepOver), psStopped);
+  EXPECT_EQ(stopped_line(), line_of("stepping.f95", "work last statement"));
+}
+
+TEST_F(BreakpointsTest, RunToAnInstructionStopsThereOnce) {
+  start(L"stepping");
+  std::int64_t id = set_breakpoint("stepping.f95", "after work", 1, 1);
+  ASSERT_GE(id, 1);
+  const Address instruction = process.breakpoints().find(static_cast<std::uint32_t>(id))->address + 1;
+  process.breakpoints().remove_breakpoint(static_cast<std::uint32_t>(id));
+  ASSERT_TRUE(set_run_to_instruction(process.breakpoints(), instruction));
+  ASSERT_EQ(command(kModeGo), psStopped);
+  EXPECT_EQ(process.context().rip, instruction);
+  EXPECT_EQ(stopped_line(), line_of("stepping.f95", "after work"));
+  EXPECT_EQ(process.hardware_slots().free_hardware_slots(), 4);
+  EXPECT_EQ(command(kModeGo), psEnded);
+}
+
 TEST_F(BreakpointsTest, OneInstructionMovesTheProgramByOneInstruction) {
   start(L"stepping");
   Address before = process.context().rip;

@@ -22,4 +22,4 @@ end subroutine work          ! work end
 subroutine leaf(m)
   integer :: m
   m = m - 1                  ! leaf body
-end subroutine leaf
+end subroutine leaf            ! leaf end
