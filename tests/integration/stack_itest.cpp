@@ -22,6 +22,7 @@
 #include "stack/call_stack.h"
 #include "stack/f95_stack_frame.h"
 #include "stack/microsoft_stack_frame.h"
+#include "support/run_command.h"
 #include "values/element.h"
 #include "values/error_codes.h"
 
@@ -54,13 +55,7 @@ class StackUnderWineTest : public ::testing::Test {
     ASSERT_TRUE(process.launch(program_command(name))) << process.status_text();
     ASSERT_EQ(command(kModeStepInto), psStopped) << process.status_text();
   }
-  std::int32_t command(std::int32_t mode) {
-    if (mode == kModeStepInto || mode == kModeStepOver || mode == kModeStepOut)
-      process.arm_line_traps();
-    else
-      process.disarm_line_traps();
-    return process.run(mode);
-  }
+  std::int32_t command(std::int32_t mode) { return testing::run_command(process, mode); }
   // Runs to the line of `source` marked `marker` through a breakpoint there.
   void run_to(const std::string& source, const std::string& marker) {
     ASSERT_GE(process.breakpoints().set_breakpoint(source, line_of(source, marker), 1, 1, ""), 1);

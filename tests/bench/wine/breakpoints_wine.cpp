@@ -11,22 +11,19 @@
 #include <cstdlib>
 #include <string>
 
-#include "common/messages.h"
-#include "integration/counting_system.h"
+#include "bench_session.h"
 #include "process/debugged_process.h"
-#include "winlib/headless_library.h"
+#include "support/run_command.h"
 
 namespace {
 
 using namespace vantor;
 
+using testing::BenchSession;
+using testing::Clock;
 using testing::CountingSystem;
-
-using Clock = std::chrono::steady_clock;
-
-double milliseconds_since(Clock::time_point start) {
-  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
+using testing::milliseconds_since;
+using testing::run_command;
 
 void report(const char* what, int count, double ms, const CountingSystem::Counts& before,
             const CountingSystem::Counts& after) {
@@ -37,14 +34,6 @@ void report(const char* what, int count, double ms, const CountingSystem::Counts
               per(after.waits, before.waits), per(after.continues, before.continues), per(after.walks, before.walks));
 }
 
-// The main loop's part of a run command: the line traps switched for the mode.
-std::int32_t command(DebuggedProcess& process, std::int32_t mode) {
-  if (mode == kModeStepInto || mode == kModeStepOver || mode == kModeStepOut)
-    process.arm_line_traps();
-  else
-    process.disarm_line_traps();
-  return process.run(mode);
-}
 
 }  // namespace
 
@@ -59,14 +48,11 @@ int wmain(int argc, wchar_t** argv) {
   const int hits = argc > 5 ? std::max(1, _wtoi(argv[5])) : 500;
   const int steps = argc > 6 ? std::max(1, _wtoi(argv[6])) : 200;
 
-  CountingSystem system;
-  os::set_system(&system);
-  winlib::HeadlessLibrary windows;
-  winlib::set_window_library(&windows);
-  ConsoleMode = true;
+  BenchSession session;
+  CountingSystem& system = session.system;
 
   DebuggedProcess process;
-  if (!process.launch(L"\"" + std::wstring(argv[1]) + L"\"") || command(process, kModeStepInto) != psStopped) {
+  if (!process.launch(L"\"" + std::wstring(argv[1]) + L"\"") || run_command(process, kModeStepInto) != psStopped) {
     std::printf("could not start the program: %s\n", process.status_text().c_str());
     return 1;
   }
@@ -115,7 +101,7 @@ int wmain(int argc, wchar_t** argv) {
     std::int64_t id = process.breakpoints().set_breakpoint(source, counted_line, per_round, 1, "");
     before = system.counts;
     start = Clock::now();
-    if (command(process, kModeGo) != psStopped) {
+    if (run_command(process, kModeGo) != psStopped) {
       std::printf("the breakpoint did not stop: %s\n", process.status_text().c_str());
       return 1;
     }
@@ -133,13 +119,13 @@ int wmain(int argc, wchar_t** argv) {
   CountingSystem::Counts stepping{};
   double step_total = 0;
   for (int step = 0; step < steps; ++step) {
-    if (command(process, kModeGo) != psStopped) {
+    if (run_command(process, kModeGo) != psStopped) {
       std::printf("the program ended after %d steps\n", step);
       return 1;
     }
     auto before = system.counts;
     auto start = Clock::now();
-    if (command(process, kModeStepOver) != psStopped) {
+    if (run_command(process, kModeStepOver) != psStopped) {
       std::printf("a step over did not stop: %s\n", process.status_text().c_str());
       return 1;
     }
@@ -151,6 +137,5 @@ int wmain(int argc, wchar_t** argv) {
   std::printf("\nbreakpoint hit / raw round trip: %.1f\nstep over / raw round trip:      %.1f\n",
               hit_total / measured / raw_ms, step_total / steps / raw_ms);
   process.end();
-  winlib::set_window_library(nullptr);
   return 0;
 }

@@ -8,21 +8,18 @@
 #include <cstdlib>
 #include <string>
 
-#include "common/messages.h"
+#include "bench_session.h"
 #include "debuginfo/module.h"
-#include "integration/counting_system.h"
 #include "process/debugged_process.h"
-#include "winlib/headless_library.h"
 
 namespace {
 
 using namespace vantor;
 
+using testing::BenchSession;
+using testing::Clock;
 using testing::CountingSystem;
-
-double milliseconds_since(std::chrono::steady_clock::time_point start) {
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
+using testing::milliseconds_since;
 
 }  // namespace
 
@@ -32,11 +29,8 @@ int wmain(int argc, wchar_t** argv) {
     return 2;
   }
   int repeats = argc > 2 ? std::max(1, _wtoi(argv[2])) : 3;
-  CountingSystem system;
-  os::set_system(&system);
-  winlib::HeadlessLibrary windows;
-  winlib::set_window_library(&windows);
-  ConsoleMode = true;
+  BenchSession session;
+  CountingSystem& system = session.system;
 
   // Measured at the program's create-process event, where the debugger reads the tables.
   DebuggedProcess process;
@@ -81,6 +75,5 @@ int wmain(int argc, wchar_t** argv) {
     if (event.kind == os::kExitProcessEvent || !system.wait_for_event(event, 10000)) break;
     if (event.file) system.close_handle(event.file);
   }
-  winlib::set_window_library(nullptr);
   return 0;
 }

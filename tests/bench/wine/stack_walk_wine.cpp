@@ -12,23 +12,20 @@
 #include <string>
 #include <vector>
 
-#include "common/messages.h"
-#include "integration/counting_system.h"
+#include "bench_session.h"
 #include "process/debugged_process.h"
 #include "process/stepping.h"
 #include "stack/call_stack.h"
-#include "winlib/headless_library.h"
+#include "support/run_command.h"
 
 namespace {
 
 using namespace vantor;
+using testing::BenchSession;
+using testing::Clock;
 using testing::CountingSystem;
-using Clock = std::chrono::steady_clock;
-
-double milliseconds_since(Clock::time_point start) {
-  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
+using testing::milliseconds_since;
+using testing::run_command;
 void report(const char* what, int count, const std::vector<double>& ms, const CountingSystem::Counts& counts) {
   std::vector<double> sorted = ms;
   std::sort(sorted.begin(), sorted.end());
@@ -51,16 +48,11 @@ int wmain(int argc, wchar_t** argv) {
   const int deepest_line = _wtoi(argv[3]);
   const int walks = argc > 4 ? std::max(1, _wtoi(argv[4])) : 200;
 
-  CountingSystem system;
-  os::set_system(&system);
-  winlib::HeadlessLibrary windows;
-  winlib::set_window_library(&windows);
-  ConsoleMode = true;
+  BenchSession session;
+  CountingSystem& system = session.system;
 
   DebuggedProcess process;
-  bool started = process.launch(L"\"" + std::wstring(argv[1]) + L"\"");
-  if (started) process.arm_line_traps();
-  if (!started || process.run(kModeStepInto) != psStopped) {
+  if (!process.launch(L"\"" + std::wstring(argv[1]) + L"\"") || run_command(process, kModeStepInto) != psStopped) {
     std::printf("could not start the program: %s\n", process.status_text().c_str());
     return 1;
   }
@@ -68,8 +60,7 @@ int wmain(int argc, wchar_t** argv) {
     std::printf("no code at %s:%d\n", source.c_str(), deepest_line);
     return 1;
   }
-  process.disarm_line_traps();
-  if (process.run(kModeGo) != psStopped || process.current_stack()->depth() != CallStack::kMaxFrames) {
+  if (run_command(process, kModeGo) != psStopped || process.current_stack()->depth() != CallStack::kMaxFrames) {
     std::printf("did not stop %d frames deep: %s\n", CallStack::kMaxFrames, process.status_text().c_str());
     return 1;
   }
@@ -108,6 +99,5 @@ int wmain(int argc, wchar_t** argv) {
   report("walk + every frame's information", measured, shown_ms, shown_counts);
 
   process.end();
-  winlib::set_window_library(nullptr);
   return 0;
 }
