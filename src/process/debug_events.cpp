@@ -155,7 +155,10 @@ DebuggedProcess::EventAction DebuggedProcess::on_exit_thread(const os::DebugEven
 // ---- libraries ----------------------------------------------------------------------------
 
 DebuggedProcess::EventAction DebuggedProcess::on_load_dll(const os::DebugEvent& event) {
-  add_module(std::make_unique<Module>(*this, event.file, std::wstring(), event.image_base, false));
+  Module* library = add_module(std::make_unique<Module>(*this, event.file, std::wstring(), event.image_base, false));
+  // A library loaded in the middle of a step (by the very call being stepped into) gets the
+  // line traps its neighbours have, so that the step stops in its routines too.
+  if (line_traps_armed()) library->set_line_traps(true);
   retry_deferred_breakpoints();
   return EventAction::kContinue;
 }

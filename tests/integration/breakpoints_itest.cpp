@@ -324,5 +324,16 @@ TEST_F(BreakpointsTest, ABreakpointResolvesInALibraryLoadedLater) {
   EXPECT_EQ(stopped_line(), line_of("late_dll_lib.f95", "late work"));
 }
 
+// The library is loaded by the very call being stepped into: its routine has debug
+// information, so the step stops at its first line.
+TEST_F(BreakpointsTest, StepIntoEntersARoutineOfALibraryLoadedDuringTheStep) {
+  start(L"late_dll");
+  ASSERT_GE(set_breakpoint("late_dll.f95", "load the library", 1, 1), 1);
+  ASSERT_EQ(command(kModeGo), psStopped);
+  ASSERT_EQ(stopped_line(), line_of("late_dll.f95", "load the library"));
+  ASSERT_EQ(command(kModeStepInto), psStopped);
+  EXPECT_EQ(stopped_routine(), "LATE_WORK");
+}
+
 }  // namespace
 }  // namespace vantor

@@ -139,6 +139,31 @@ TEST_F(ProcessBreakpointsTest, ABreakpointInALibraryLoadedWhileRunningIsPlantedA
   EXPECT_EQ(process.breakpoints().breakpoint(0)->hits, 1u);
 }
 
+// A library loaded while a step is under way takes part in it: the step stops in its
+// routines. Under go its line starts are left as they are.
+TEST_F(ProcessBreakpointsTest, ALibraryLoadedDuringAStepGetsItsLineTraps) {
+  start();
+  const Address lib_first = kLibraryBase + 0x1000, lib_line = lib_first + 6;
+  target.system.queue_event(load_library());
+  target.system.queue_event(trap(lib_first));
+  ASSERT_EQ(command(kModeStepInto), psStopped);
+  EXPECT_EQ(byte_at(lib_line), 0xCC);
+  ASSERT_EQ(process.breakpoints().set_breakpoint("lib.f95", 8, 1, 1, ""), 1);
+  EXPECT_EQ(process.breakpoints().breakpoint(0)->saved_byte, 0x90);  // not the trap it found
+  target.system.queue_event(event(os::kExitProcessEvent));
+  EXPECT_EQ(command(kModeGo), psEnded);
+}
+
+TEST_F(ProcessBreakpointsTest, ALibraryLoadedUnderGoKeepsItsCode) {
+  start();
+  ASSERT_EQ(process.breakpoints().set_breakpoint("prog.f95", 5, 1, 1, ""), 1);
+  target.system.queue_event(load_library());
+  target.system.queue_event(trap(line(5)));
+  ASSERT_EQ(command(kModeGo), psStopped);
+  EXPECT_EQ(byte_at(kLibraryBase + 0x1000), 0x90);
+  EXPECT_EQ(byte_at(kLibraryBase + 0x1000 + 6), 0x90);
+}
+
 TEST_F(ProcessBreakpointsTest, ADataBreakpointIsKnownByTheDebugStatusRegister) {
   start();
   ASSERT_EQ(process.breakpoints().set_hardware_slot(kAccessWrite, kSlotDataBreakpoint, 0x5000, 4), 0);
