@@ -16,7 +16,9 @@ void Stepping::start_run(std::int32_t mode) {
   breakpoints_.retry_deferred_breakpoints();
   host_.refresh_call_stack();
   remembered_stack_pointer_ = host_.context().rsp;
-  breakpoints_.plant_breakpoints();
+  // Switching the line traps for the mode has just planted them when it changed anything;
+  // every write is a cross-process call.
+  if (!breakpoints_.planted()) breakpoints_.plant_breakpoints();
   // Before the first stop there is no context to program.
   if (!host_.has_call_stack()) return;
 

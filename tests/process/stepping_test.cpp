@@ -91,6 +91,30 @@ TEST_F(SteppingTest, StartOfRunRemembersPlantsAndProgramsInOneStore) {
   EXPECT_EQ(host.stores, 3);
 }
 
+// Each breakpoint byte is written once per run: by the line-trap switch when the mode
+// changed the traps, else by the start of the run.
+TEST_F(SteppingTest, AStartOfRunPlantsOnlyWhatTheTrapSwitchDidNotPlant) {
+  list.set_breakpoint("prog.f95", 12, 1, 1, "");
+  auto writes = [this] { return target.system.counters.writes; };
+  std::size_t before = writes();
+  const std::size_t switching = host.line_starts.size() + 1;  // every line start, then the breakpoint
+  run(kModeStepInto);  // the traps go on and plant the breakpoint; the run adds nothing
+  EXPECT_EQ(byte_at(kLine12), 0xCC);
+  EXPECT_EQ(writes() - before, switching);
+  EXPECT_EQ(stepping.at_trap(kModeStepInto, kBreakpointException, kLine11).stop, true);
+  EXPECT_EQ(byte_at(kLine12), 0x90);  // lifted at the stop
+  before = writes();
+  run(kModeStepInto);  // the traps are already on: the run plants
+  EXPECT_EQ(byte_at(kLine12), 0xCC);
+  EXPECT_EQ(writes() - before, 1u);
+  stepping.at_trap(kModeStepInto, kBreakpointException, kLine11);
+  before = writes();
+  run(kModeGo);  // the traps come off and the breakpoint is planted again, once
+  EXPECT_EQ(byte_at(kLine12), 0xCC);
+  EXPECT_EQ(byte_at(kLine11), 0x90);
+  EXPECT_EQ(writes() - before, switching);
+}
+
 TEST_F(SteppingTest, BeforeTheFirstStopNothingIsProgrammed) {
   host.depth = 0;
   fill_data_slots(1);
