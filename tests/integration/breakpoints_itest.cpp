@@ -13,6 +13,7 @@
 #include "process/debugged_process.h"
 #include "stack/call_stack.h"
 #include "stack/stack_window_text.h"
+#include "support/run_command.h"
 #include "values/element.h"
 #include "winlib/headless_library.h"
 
@@ -39,15 +40,7 @@ class BreakpointsTest : public ::testing::Test {
     ASSERT_TRUE(process.launch(program_command(name))) << process.status_text();
     ASSERT_EQ(command(kModeStepInto), psStopped) << process.status_text();
   }
-  // One run command as the main loop carries it out: the line traps are switched for the
-  // mode, then the program runs to its next stop.
-  std::int32_t command(std::int32_t mode) {
-    if (mode == kModeStepInto || mode == kModeStepOver || mode == kModeStepOut)
-      process.arm_line_traps();
-    else
-      process.disarm_line_traps();
-    return process.run(mode);
-  }
+  std::int32_t command(std::int32_t mode) { return testing::run_command(process, mode); }
   // The line of the innermost frame that has one (0 when none has).
   std::int32_t stopped_line() {
     CallStack* stack = process.current_stack();
