@@ -158,6 +158,10 @@ class System {
 
   // -- the system's debug-help library (frames of code without our debug tables) --
   virtual bool symbols_initialize(Handle process) = 0;
+  // The handler learns of the process's modules when it starts; a module loaded or unloaded
+  // after that must be told to it, or the walker can neither unwind nor name its frames.
+  virtual bool symbols_load_module(Handle process, const std::wstring& path, Address base, std::uint64_t size) = 0;
+  virtual void symbols_unload_module(Handle process, Address base) = 0;
   virtual bool stack_walk(Handle process, Handle thread, WalkFrame& frame, ThreadContext& context,
                           WalkMemoryReader reader, void* cookie) = 0;
   virtual bool symbol_from_address(Handle process, Address address, std::string& name,

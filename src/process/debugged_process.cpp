@@ -32,13 +32,19 @@ Module* DebuggedProcess::module_containing(Address address) const {
 
 Module* DebuggedProcess::add_module(std::unique_ptr<Module> module) {
   modules_.insert(modules_.begin(), std::move(module));
-  return modules_.front().get();
+  Module* added = modules_.front().get();
+  if (symbol_handler_initialised_) {
+    const Address base = added->load_base(), end = added->end_address();
+    os::system().symbols_load_module(process_handle(), added->path(), base, end > base ? end - base : 0);
+  }
+  return added;
 }
 
 void DebuggedProcess::remove_module_at(Address base) {
   for (auto it = modules_.begin(); it != modules_.end(); ++it)
     if ((*it)->load_base() == base) {
       forget_module_sources(source_files_, **it);
+      if (symbol_handler_initialised_) os::system().symbols_unload_module(process_handle(), base);
       modules_.erase(it);
       return;
     }

@@ -24,6 +24,8 @@ export ASAN_OPTIONS=detect_leaks=0
 "$f95mini" "$src/stack_shapes.f95" -o stack_shapes.exe
 "$f95mini" "$src/address_types.f95" -o address_types.exe
 x86_64-w64-mingw32-gcc-posix -shared -O1 -gdwarf-4 -Wall -Wextra -static-libgcc -o callback_lib.dll "$src/callback_lib.c"
+x86_64-w64-mingw32-gcc-posix -shared -O1 -gdwarf-4 -Wall -Wextra -static-libgcc -o late_callback_lib.dll \
+  "$src/late_callback_lib.c"
 "$f95mini" --link callback_lib.dll "$src/callback.f95" -o callback.exe
 "$f95mini" --link callback_lib.dll "$src/waiting.f95" -o waiting.exe
 "$f95mini" --dll "$src/dll_data_lib.f95" -o dll_data_lib.dll

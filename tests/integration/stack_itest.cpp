@@ -197,6 +197,34 @@ TEST_F(StackUnderWineTest, FortranThroughCBackIntoFortranListsAllThreeInOrder) {
   EXPECT_EQ(f95_frame(0)->variable_address(10, 0, &visits, 0).error, kErrorOutOfScope);
 }
 
+TEST_F(StackUnderWineTest, ALibraryLoadedAfterTheSymbolHandlerStartedIsUnwoundAndNamed) {
+  start(L"callback");
+  run_to("callback.f95", "stop: visit");  // the C frame below starts the symbol handler
+  ASSERT_NE(dynamic_cast<MicrosoftStackFrame*>(stack().frame(1)), nullptr);
+  for (int hit = 2; hit <= 4; ++hit) ASSERT_EQ(command(kModeGo), psStopped) << hit;
+
+  // The fourth visit: the first from the library loaded just now, which goes backwards.
+  ASSERT_GE(stack().depth(), 4);
+  EXPECT_TRUE(same_name(stack().information(0).routine_name, "visit"));
+  EXPECT_EQ(value_of<std::int32_t>(0, "v"), 11);
+  const Address argument = last_address;
+  auto* late = dynamic_cast<MicrosoftStackFrame*>(stack().frame(1));
+  ASSERT_NE(late, nullptr);
+  EXPECT_EQ(module_name(late->module), "late_callback_lib.dll");
+  EXPECT_EQ(late->routine_name(), "APPLY_EACH_LATE");
+  EXPECT_GT(late->displacement(), 0u);
+  auto* loader = dynamic_cast<MicrosoftStackFrame*>(stack().frame(2));
+  ASSERT_NE(loader, nullptr);
+  EXPECT_EQ(loader->routine_name(), "LOAD_AND_APPLY");
+
+  ASSERT_NE(f95_frame(3), nullptr);
+  frame_information main_program = stack().information(3);
+  EXPECT_TRUE(same_name(main_program.routine_name, "callback"));
+  EXPECT_EQ(main_program.line, line_of("callback.f95", "stop: call late C"));
+  EXPECT_EQ(value_of<std::int32_t>(3, "values"), 11);
+  EXPECT_EQ(last_address + 8, argument);  // values(3)
+}
+
 TEST_F(StackUnderWineTest, PausedInsideTheSystemTheWalkHandsOverToFortranAtTheEnd) {
   start(L"waiting");
   windows.process = &process;

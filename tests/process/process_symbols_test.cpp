@@ -74,6 +74,24 @@ TEST_F(ProcessSymbolsTest, NoListMeansAddressZero) {
   EXPECT_TRUE(process.common_blocks().empty());
 }
 
+TEST_F(ProcessSymbolsTest, ModulesLoadedAfterTheSymbolHandlerStartedAreToldToIt) {
+  constexpr Address kEarly = 0x7FF800000000, kLate = 0x7FF900000000;
+  load(image, L"C:\\build\\prog.exe", true);
+  testing::DebugImageBuilder early(kEarly), late(kLate);
+  early.no_debug_info();
+  late.no_debug_info();
+  load(early, L"C:\\windows\\system32\\early.dll", false);
+  process.remove_module_at(kBase);
+  EXPECT_TRUE(target.system.symbol_modules.empty());  // it finds what is loaded when it starts
+
+  ASSERT_TRUE(process.ensure_symbol_handler());
+  Module& added = load(late, L"C:\\lib\\late.dll", false);
+  ASSERT_EQ(target.system.symbol_modules.size(), 1u);
+  EXPECT_EQ(target.system.symbol_modules.at(kLate), added.path());
+  process.remove_module_at(kLate);
+  EXPECT_TRUE(target.system.symbol_modules.empty());
+}
+
 }  // namespace
 }  // namespace vantor
 

@@ -191,6 +191,13 @@ bool InMemorySystem::delete_file(const std::wstring& path) { return files_.erase
 
 bool InMemorySystem::symbols_initialize(Handle) { return true; }
 
+bool InMemorySystem::symbols_load_module(Handle, const std::wstring& path, Address base, std::uint64_t) {
+  symbol_modules[base] = path;
+  return true;
+}
+
+void InMemorySystem::symbols_unload_module(Handle, Address base) { symbol_modules.erase(base); }
+
 // The fake walker unwinds frameless code: each frame's return address is the 8 bytes at
 // its stack pointer, and the caller's stack pointer lies just above that slot.
 bool InMemorySystem::stack_walk(Handle, Handle, WalkFrame& frame, ThreadContext& context, WalkMemoryReader reader,

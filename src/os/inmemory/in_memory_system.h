@@ -64,6 +64,8 @@ class InMemorySystem : public System {
   std::vector<std::wstring> shell_commands;
   std::vector<std::wstring> created_command_lines;
   std::vector<std::uint32_t> continue_statuses;
+  // Modules told to the debug-help library after it started: base -> path.
+  std::map<Address, std::wstring> symbol_modules;
   int suspend_count = 0;
   bool terminated = false;
   std::optional<std::uint32_t> process_exit_code;  // nullopt: still running
@@ -96,6 +98,8 @@ class InMemorySystem : public System {
   bool write_file(const std::wstring& path, const std::string& text) override;
   bool delete_file(const std::wstring& path) override;
   bool symbols_initialize(Handle process) override;
+  bool symbols_load_module(Handle process, const std::wstring& path, Address base, std::uint64_t size) override;
+  void symbols_unload_module(Handle process, Address base) override;
   bool stack_walk(Handle process, Handle thread, WalkFrame& frame, ThreadContext& context, WalkMemoryReader reader,
                   void* cookie) override;
   bool symbol_from_address(Handle process, Address address, std::string& name, std::uint64_t& displacement) override;

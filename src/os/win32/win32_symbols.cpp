@@ -33,6 +33,17 @@ bool Win32System::symbols_initialize(Handle process) {
   return SymInitialize(native_handle(process), nullptr, TRUE) != 0;
 }
 
+bool Win32System::symbols_load_module(Handle process, const std::wstring& path, Address base, std::uint64_t size) {
+  if (SymLoadModuleExW(native_handle(process), nullptr, path.empty() ? nullptr : path.c_str(), nullptr, base,
+                       static_cast<DWORD>(size), nullptr, 0) != 0)
+    return true;
+  return GetLastError() == ERROR_SUCCESS;  // it knew the module already
+}
+
+void Win32System::symbols_unload_module(Handle process, Address base) {
+  SymUnloadModule64(native_handle(process), base);
+}
+
 bool Win32System::stack_walk(Handle process, Handle thread, WalkFrame& frame, ThreadContext& context,
                              WalkMemoryReader reader, void* cookie) {
   alignas(8) STACKFRAME64 native_frame;

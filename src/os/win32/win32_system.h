@@ -46,6 +46,8 @@ class Win32System : public System {
 
   // the debug-help library (win32_symbols.cpp)
   bool symbols_initialize(Handle process) override;
+  bool symbols_load_module(Handle process, const std::wstring& path, Address base, std::uint64_t size) override;
+  void symbols_unload_module(Handle process, Address base) override;
   bool stack_walk(Handle process, Handle thread, WalkFrame& frame, ThreadContext& context, WalkMemoryReader reader,
                   void* cookie) override;
   bool symbol_from_address(Handle process, Address address, std::string& name, std::uint64_t& displacement) override;

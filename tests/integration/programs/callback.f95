@@ -7,6 +7,7 @@ program callback
   values = 1
   values(2) = 2
   call apply_each(values, 3, visit) ! stop: call C
+  call load_and_apply(values, 3, visit) ! stop: call late C
   print *, values
 end program callback
 

@@ -13,5 +13,13 @@ __declspec(dllexport) void APPLY_EACH(int* values, int* n, void (*visit)(int*)) 
   }
 }
 
+/* Loads a library of its own only now, and has it call back. */
+__declspec(dllexport) void LOAD_AND_APPLY(int* values, int* n, void (*visit)(int*)) {
+  HMODULE late = LoadLibraryA("late_callback_lib.dll");
+  void (*apply)(int*, int*, void (*)(int*)) =
+      late ? (void (*)(int*, int*, void (*)(int*)))GetProcAddress(late, "APPLY_EACH_LATE") : 0;
+  if (apply) apply(values, n, visit);
+}
+
 /* Waits inside the system, where a pause finds the thread. */
 __declspec(dllexport) void WAIT_IN_C(int* seconds) { Sleep((DWORD)*seconds * 1000); }
