@@ -119,8 +119,9 @@ class StackWalker {
     return true;
   }
 
+  // The walker is given the stopped thread, which need not be the program's first.
   bool walk_once(os::WalkFrame& frame) {
-    return os::system().stack_walk(process_.process_handle(), process_.thread_handle(), frame, context_,
+    return os::system().stack_walk(process_.process_handle(), process_.event_thread_handle(), frame, context_,
                                    read_for_system_walker, &memory_);
   }
 
