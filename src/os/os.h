@@ -184,8 +184,11 @@ class System {
   virtual int run_shell_command(const std::wstring& command) = 0;  // _wsystem
   virtual std::optional<std::wstring> environment(const std::wstring& name) = 0;
   virtual std::uint64_t milliseconds() = 0;  // monotonic
-  // Waits for user input or timeout_ms, whichever comes first.
-  virtual void idle_wait(std::uint32_t timeout_ms) = 0;
+  // An auto-reset event, unsignalled; 0 when none can be made. Closed with close_handle.
+  virtual Handle create_event() = 0;
+  // Waits until the event is signalled, input arrives for the debugger's windows, or
+  // timeout_ms pass, whichever comes first (with no event: input or the time-out).
+  virtual void wait_for_input(Handle event, std::uint32_t timeout_ms) = 0;
   virtual std::wstring current_directory() = 0;
 
   // -- code pages: the OEM conversions of the target-memory module --

@@ -46,6 +46,21 @@ std::uint32_t BreakpointList::add_breakpoint(Address address, std::int32_t after
   return records_.back()->id;
 }
 
+std::uint32_t BreakpointList::add_carried_breakpoint(const breakpoint_info& earlier, std::uint32_t access) {
+  if (earlier.is_data()) {
+    if (set_hardware_slot(access, kSlotDataBreakpoint, earlier.address, earlier.length) < 0) return 0;
+    return records_.front()->id;
+  }
+  auto record = std::make_unique<breakpoint_info>(earlier);
+  record->id = counter_++;
+  record->hits = 0;
+  record->every_counter = 0;
+  record->temporary = false;
+  if (planted_) host_.memory().write(record->address, &kTrapByte, 1);
+  records_.push_back(std::move(record));
+  return records_.back()->id;
+}
+
 std::int64_t BreakpointList::set_breakpoint(const std::string& file, std::int32_t line, std::int32_t after,
                                             std::int32_t every, const std::string& condition) {
   Address address = host_.address_of_line(file, line);

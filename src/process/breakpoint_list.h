@@ -37,6 +37,11 @@ class BreakpointList {
   // Resolves (file, line) through the modules; -1 when no loaded module has that line.
   std::int64_t set_breakpoint(const std::string& file, std::int32_t line, std::int32_t after, std::int32_t every,
                               const std::string& condition);
+  // A breakpoint carried over from an earlier run of the same program (a restart): its
+  // place, counts, condition and saved byte as they were (the image is the same), a new id,
+  // and no hits yet. A data breakpoint takes a hardware slot again, with `access`; 0 when
+  // no slot is free.
+  std::uint32_t add_carried_breakpoint(const breakpoint_info& earlier, std::uint32_t access);
   // Fills the lowest free hardware slot; a data breakpoint (kind 5) also gets its record at
   // the head of the list. -1 when no slot is free.
   int set_hardware_slot(std::uint32_t access, std::uint32_t kind, Address address, std::uint32_t size);

@@ -3,43 +3,77 @@
 #include "commands/script_runner.h"
 #include "commands/stop_windows.h"
 #include "common/console.h"
+#include "common/messages.h"
 #include "common/text_format.h"
-#include "os/os.h"
+#include "debuginfo/line_dump.h"
 #include "process/debugged_process.h"
+#include "process/user_space_buffer.h"
 #include "session/pending_command.h"
+#include "session/restart.h"
 #include "session/session_process.h"
 #include "session/startup_globals.h"
+#include "session/test_suite.h"
+#include "ui/assembler_window.h"
+#include "ui/window_kinds.h"
+#include "ui/window_list.h"
 #include "winlib/window_library.h"
 
 namespace vantor {
 
+std::string CaptionText;
+os::Handle IdleEvent = 0;
+
 namespace {
 
+// Bounds the wait for input so that a running script advances without any.
 constexpr std::uint32_t kIdleWaitMs = 250;
+constexpr std::uint32_t kLastCommand = kStepOutCommand;
 
 void idle() {
-  if (!TestSuiteMode && CurrentProcess != nullptr) CurrentProcess->drain_deferred_items();
-  os::system().idle_wait(kIdleWaitMs);
-  winlib::window_library().yield_program_control();
+  if (!TestSuiteMode) {
+    if (CurrentProcess != nullptr) CurrentProcess->drain_deferred_items();
+    os::system().wait_for_input(IdleEvent, kIdleWaitMs);
+  }
+  auto& windows = winlib::window_library();
+  windows.yield_program_control();
+  windows.refresh_window_list();
 }
 
 void run_command(std::uint32_t command, bool line_traps) {
   DebuggedProcess* process = CurrentProcess;
-  PendingCommand = 0;
-  if (process == nullptr || !process->can_run()) return;
+  const std::uint32_t instruction_flag = PendingCommand & kInstructionFlag;
+  if (process == nullptr || !process->can_run()) {
+    PendingCommand = 0;
+    return;
+  }
   if (line_traps)
     process->arm_line_traps();
   else
     process->disarm_line_traps();
-  RunAndReport(static_cast<std::int32_t>(command));
+  PendingCommand = 0;
+  RunAndReport(static_cast<std::int32_t>(command | instruction_flag));
 }
 
-// Without windows a stop is reported as a line, and the session, having nobody to ask what
-// next, goes on to the end unless a script says what to do: a trap or a pause runs on, a
-// failed or ended program closes it.
+void quit() {
+  if (CurrentProcess == nullptr) return;
+  ui::OpenWindows.close_all();
+  end_current_process();
+}
+
+// The line-dump run ends after its first stop: the tables are complete once the program
+// has started.
+void dump_lines_and_close() {
+  if (CurrentProcess != nullptr && !write_line_dump(*CurrentProcess))
+    ShowErrorMessage("Could not write linedump.txt");
+  close_session_and_main_window();
+}
+
+// A session without windows has nobody to ask what next after a stop, so it reports the
+// stop as a line and goes on to the end unless a script says what to do: a trap or a pause
+// runs on, a failed or ended program closes it. Batch runs do their own reporting.
 void report_stop_without_windows() {
   DebuggedProcess* process = CurrentProcess;
-  if (process == nullptr) return;
+  if (process == nullptr || TestSuiteMode || DumpLinesMode) return;
   switch (process->state()) {
     case psPaused:
     case psStopped:
@@ -69,47 +103,78 @@ bool left_stopped_without_windows() {
          !script_running() && !winlib::window_library().main_window_exists();
 }
 
+enum class Pass { kNext, kEndLoop };
+
+Pass run_pass() {
+  run_script_line();
+
+  if (PendingCommand == 0) {
+    if (CurrentProcess != nullptr && CurrentProcess->state() == psEnded && CurrentProcess->silent())
+      return Pass::kEndLoop;
+    if (TestSuiteMode) {
+      if (RunTestSuiteStep()) return Pass::kNext;
+    } else if (left_stopped_without_windows()) {
+      SetPendingCommand(kGoCommand, kStartFlag);
+      return Pass::kNext;
+    }
+    idle();
+    return Pass::kNext;
+  }
+
+  const std::uint32_t command = PendingCommand & kCommandMask;
+  if (command == 0 || command > kLastCommand) {
+    PendingCommand = 0;
+    idle();
+    return Pass::kNext;
+  }
+  switch (command) {
+    case kQuitCommand:
+      quit();
+      return Pass::kEndLoop;
+    case kRebuildWindowCommand:
+      winlib::window_library().rebuild_main_window();
+      PendingCommand = 0;
+      break;
+    case kStepIntoCommand:
+      run_command(command, true);
+      if (DumpLinesMode) {
+        dump_lines_and_close();
+        return Pass::kEndLoop;
+      }
+      break;
+    case kStepOverCommand:
+    case kStepOutCommand:
+      run_command(command, true);
+      break;
+    case kGoCommand:
+    case kStepInstructionCommand:
+      run_command(command, false);
+      break;
+    case kRestartCommand:
+      PendingCommand = 0;
+      RestartProgram();
+      break;
+  }
+  idle();
+  return Pass::kNext;
+}
+
 }  // namespace
 
 void RunMainLoop() {
+  CaptionText = " [" + narrow_from_wide(ProgramName) + "]";
+  winlib::window_library().append_to_main_caption(CaptionText);
+  IdleEvent = os::system().create_event();
   start_startup_script();
-  for (;;) {
-    run_script_line();
-    if (PendingCommand == 0) {
-      if (CurrentProcess != nullptr && CurrentProcess->state() == psEnded && CurrentProcess->silent()) return;
-      if (left_stopped_without_windows()) {
-        SetPendingCommand(kGoCommand, kStartFlag);
-        continue;
-      }
-      idle();
-      continue;
-    }
-    const std::uint32_t command = PendingCommand & kCommandMask;
-    switch (command) {
-      case kQuitCommand:
-        end_current_process();
-        return;
-      case kStepIntoCommand:
-      case kStepOverCommand:
-      case kStepOutCommand:
-        run_command(command, true);
-        break;
-      case kGoCommand:
-      case kStepInstructionCommand:
-        run_command(command, false);
-        break;
-      default:
-        // Rebuilding the main window and restarting need the windowed session.
-        PendingCommand = 0;
-        idle();
-        break;
-    }
+  while (run_pass() == Pass::kNext) {
   }
+  os::system().close_handle(IdleEvent);
+  IdleEvent = 0;
 }
 
 void RunAndReport(std::int32_t mode) {
   DebuggedProcess* process = CurrentProcess;
-  switch (process->run(mode)) {
+  switch (process->run(mode & static_cast<std::int32_t>(kCommandMask))) {
     case psPaused:
     case psStopped:
     case psFailed:
@@ -126,8 +191,13 @@ void RunAndReport(std::int32_t mode) {
 
 void ShowStop(int flags) {
   auto& windows = winlib::window_library();
-  show_stop_in_windows((flags & kInstructionFlag) != 0 || (flags & kCommandMask) == kStepInstructionCommand);
   if (!windows.main_window_exists()) windows.build_main_window();
+  if ((flags & static_cast<int>(kInstructionFlag)) != 0)
+    if (auto* code = ui::OpenWindows.find_first_of<ui::assembler_window>(ui::kAssemblerKind)) {
+      code->show_frame(0);
+      ui::OpenWindows.bring_forward(code);
+    }
+  show_stop_in_windows((flags & static_cast<int>(kCommandMask)) == static_cast<int>(kStepInstructionCommand));
   if (!windows.main_window_exists()) report_stop_without_windows();
 }
 

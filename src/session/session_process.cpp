@@ -1,8 +1,10 @@
 #include "session/session_process.h"
 
 #include "process/debugged_process.h"
+#include "session/pending_command.h"
 #include "session/startup_globals.h"
 #include "ui/ignored_exceptions.h"
+#include "winlib/window_library.h"
 
 namespace vantor {
 
@@ -19,6 +21,18 @@ void end_current_process() {
   CurrentProcess->end();
   delete CurrentProcess;
   CurrentProcess = nullptr;
+}
+
+void close_session() {
+  SetPendingCommand(kQuitCommand, 0);
+  if (CurrentProcess != nullptr) CurrentProcess->end();
+}
+
+// The window's own close action does the same when there is a window; a session without
+// one must not wait for it.
+void close_session_and_main_window() {
+  close_session();
+  winlib::window_library().close_main_window();
 }
 
 }  // namespace vantor

@@ -13,4 +13,11 @@ DebuggedProcess& new_current_process();
 // Ends and destroys the current process, if any.
 void end_current_process();
 
+// What closing the main window does to the session: quit is queued, with no flags, and the
+// program, if there is one, is ended (the process itself stays until quit destroys it).
+void close_session();
+
+// The way a batch run ends the session: the close action, then the main window closed.
+void close_session_and_main_window();
+
 }  // namespace vantor

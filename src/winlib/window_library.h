@@ -80,11 +80,21 @@ class WindowLibrary {
   // command or press the waiting window's Pause.
   virtual void yield_program_control() {}
 
+  // Once per pass of the main loop, after the yield: the library's own upkeep of the list
+  // of open windows.
+  virtual void refresh_window_list() {}
+
   // The main frame window. Closing clears its open state and updates it; nothing happens
   // when there is none.
   virtual void build_main_window() {}
   virtual bool main_window_exists() const { return false; }
   virtual void close_main_window() {}
+  // Closes the main window and builds it again with every child window handed back to the
+  // new frame (after changes that only a new frame can show).
+  virtual void rebuild_main_window() {}
+  // Appended to the main window's caption: the program's name, once, when the main loop
+  // starts; a window built later carries it too.
+  virtual void append_to_main_caption(const std::string& text) { (void)text; }
 
   // Start-up's "Program to debug" dialog over `edit_text` (the command line typed so far,
   // changed in place); returns kDialogOk, kDialogCancel (also for Esc) or kDialogBrowse.

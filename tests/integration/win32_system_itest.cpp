@@ -159,8 +159,11 @@ TEST_F(Win32SystemTest, ProfileEnvironmentAndCodePages) {
   EXPECT_EQ(system.oem_from_wide(L"x\u4E2Dy"), "x?y");
   EXPECT_FALSE(system.current_directory().empty());
   std::uint64_t before = system.milliseconds();
-  system.idle_wait(30);
+  os::Handle event = system.create_event();
+  EXPECT_NE(event, 0u);
+  system.wait_for_input(event, 30);
   EXPECT_GE(system.milliseconds() - before, 15u);
+  system.close_handle(event);
 }
 
 }  // namespace

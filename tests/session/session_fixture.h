@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,38 @@ class SessionTest : public ::testing::Test {
 
   static std::vector<std::wstring> args(std::initializer_list<const wchar_t*> list) {
     return std::vector<std::wstring>(list.begin(), list.end());
+  }
+
+  // The first bytes of an executable for the machine (0x8664 x64, 0x014C i386).
+  static std::vector<std::uint8_t> image(std::uint16_t machine) {
+    std::vector<std::uint8_t> bytes(2048, 0);
+    bytes[0] = 'M';
+    bytes[1] = 'Z';
+    bytes[60] = 0x80;
+    bytes[0x80] = 'P';
+    bytes[0x81] = 'E';
+    std::memcpy(bytes.data() + 0x84, &machine, 2);
+    return bytes;
+  }
+
+  // The events of the program `path` that starts and ends with `exit_code`.
+  void queue_run(const std::wstring& path, std::uint32_t exit_code) {
+    os::DebugEvent create;
+    std::uint32_t error = 0;
+    create.file = target.system.open_file_for_reading(path, error);
+    create.kind = os::kCreateProcessEvent;
+    create.process_id = os::InMemorySystem::kProcessId;
+    create.thread_id = os::InMemorySystem::kThreadId;
+    create.image_base = 0x140000000;
+    target.system.queue_event(create);
+    os::DebugEvent loader = create;
+    loader.kind = os::kExceptionEvent;
+    loader.exception_code = 0x80000003;
+    target.system.queue_event(loader);
+    os::DebugEvent exit = create;
+    exit.kind = os::kExitProcessEvent;
+    exit.exit_code = exit_code;
+    target.system.queue_event(exit);
   }
 
   FakeTarget target;

@@ -1,6 +1,5 @@
 #include "session/startup.h"
 
-#include <cstring>
 #include <deque>
 
 #include "process/debugged_process.h"
@@ -12,17 +11,6 @@ namespace vantor {
 namespace {
 
 using os::InMemorySystem;
-
-std::vector<std::uint8_t> image(std::uint16_t machine) {
-  std::vector<std::uint8_t> bytes(2048, 0);
-  bytes[0] = 'M';
-  bytes[1] = 'Z';
-  bytes[60] = 0x80;
-  bytes[0x80] = 'P';
-  bytes[0x81] = 'E';
-  std::memcpy(bytes.data() + 0x84, &machine, 2);
-  return bytes;
-}
 
 // A window library whose program dialog answers from a script: each answer is a button
 // and, for OK, the text typed.
@@ -52,25 +40,6 @@ class StartupTest : public testing::SessionTest {
     int status = start_session(arguments);
     output = ::testing::internal::GetCapturedStdout();
     return status;
-  }
-  // The events of the program `path` that starts and ends with `exit_code`.
-  void queue_run(const std::wstring& path, std::uint32_t exit_code) {
-    os::DebugEvent create;
-    std::uint32_t error = 0;
-    create.file = target.system.open_file_for_reading(path, error);
-    create.kind = os::kCreateProcessEvent;
-    create.process_id = InMemorySystem::kProcessId;
-    create.thread_id = InMemorySystem::kThreadId;
-    create.image_base = 0x140000000;
-    target.system.queue_event(create);
-    os::DebugEvent loader = create;
-    loader.kind = os::kExceptionEvent;
-    loader.exception_code = 0x80000003;
-    target.system.queue_event(loader);
-    os::DebugEvent exit = create;
-    exit.kind = os::kExitProcessEvent;
-    exit.exit_code = exit_code;
-    target.system.queue_event(exit);
   }
   std::string profile(const std::string& key) {
     return target.system.profile["C:\\Users\\me\\AppData\\vantor64.ini|Debugger-Win32"][key];

@@ -71,6 +71,12 @@ class InMemorySystem : public System {
   std::optional<std::uint32_t> process_exit_code;  // nullopt: still running
   std::map<std::string, std::map<std::string, std::string>> profile;  // "file|section" -> key -> value
   std::uint64_t clock_ms = 0;
+  std::vector<Handle> events_made;
+  struct InputWait {
+    Handle event;
+    std::uint32_t timeout_ms;
+  };
+  std::vector<InputWait> input_waits;
 
   // ---- System ----
   bool create_process(const std::wstring& command_line, LaunchedProcess& out, std::uint32_t& error) override;
@@ -114,7 +120,12 @@ class InMemorySystem : public System {
   int run_shell_command(const std::wstring& command) override;
   std::optional<std::wstring> environment(const std::wstring& name) override;
   std::uint64_t milliseconds() override { return clock_ms; }
-  void idle_wait(std::uint32_t timeout_ms) override { clock_ms += timeout_ms; }
+  Handle create_event() override { return events_made.emplace_back(next_handle_++); }
+  // No input ever comes: each wait lasts its whole time-out.
+  void wait_for_input(Handle event, std::uint32_t timeout_ms) override {
+    input_waits.push_back({event, timeout_ms});
+    clock_ms += timeout_ms;
+  }
   std::wstring current_directory() override { return L"C:\\work"; }
   std::wstring wide_from_oem(const std::string& text) override;
   std::string oem_from_wide(const std::wstring& text) override;

@@ -14,10 +14,6 @@ HANDLE native_handle(Handle handle) { return reinterpret_cast<HANDLE>(static_cas
 Handle opaque_handle(HANDLE handle) { return static_cast<Handle>(reinterpret_cast<std::uintptr_t>(handle)); }
 }  // namespace
 
-Win32System::Win32System() : idle_event_(opaque_handle(CreateEventW(nullptr, FALSE, FALSE, nullptr))) {}
-
-Win32System::~Win32System() { close_handle(idle_event_); }
-
 std::uint32_t Win32System::profile_int(const std::string& section, const std::string& key, std::uint32_t fallback,
                                        const std::string& file) {
   return GetPrivateProfileIntA(section.c_str(), key.c_str(), static_cast<INT>(fallback), file.c_str());
@@ -54,13 +50,12 @@ std::optional<std::wstring> Win32System::environment(const std::wstring& name) {
 
 std::uint64_t Win32System::milliseconds() { return GetTickCount64(); }
 
-void Win32System::idle_wait(std::uint32_t timeout_ms) {
-  HANDLE event = native_handle(idle_event_);
-  if (event == nullptr) {
-    Sleep(timeout_ms);
-    return;
-  }
-  MsgWaitForMultipleObjects(1, &event, FALSE, timeout_ms, QS_ALLINPUT);
+Handle Win32System::create_event() { return opaque_handle(CreateEventW(nullptr, FALSE, FALSE, nullptr)); }
+
+void Win32System::wait_for_input(Handle event, std::uint32_t timeout_ms) {
+  HANDLE native = native_handle(event);
+  MsgWaitForMultipleObjects(native != nullptr ? 1 : 0, native != nullptr ? &native : nullptr, FALSE, timeout_ms,
+                            QS_ALLINPUT);
 }
 
 std::wstring Win32System::current_directory() {

@@ -11,8 +11,7 @@ namespace vantor::os {
 
 class Win32System : public System {
  public:
-  Win32System();
-  ~Win32System() override;
+  Win32System() = default;
   Win32System(const Win32System&) = delete;
   Win32System& operator=(const Win32System&) = delete;
 
@@ -64,7 +63,8 @@ class Win32System : public System {
   int run_shell_command(const std::wstring& command) override;
   std::optional<std::wstring> environment(const std::wstring& name) override;
   std::uint64_t milliseconds() override;
-  void idle_wait(std::uint32_t timeout_ms) override;
+  Handle create_event() override;
+  void wait_for_input(Handle event, std::uint32_t timeout_ms) override;
   std::wstring current_directory() override;
   std::wstring wide_from_oem(const std::string& text) override;
   std::string oem_from_wide(const std::wstring& text) override;
@@ -72,7 +72,6 @@ class Win32System : public System {
  private:
   // A view's size is the file's, which MapViewOfFile does not report: kept per mapping.
   std::map<Handle, std::uint64_t> mapping_sizes_;
-  Handle idle_event_ = 0;  // never signalled; lets the idle wait take input or a time-out
 };
 
 }  // namespace vantor::os

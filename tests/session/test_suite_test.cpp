@@ -1,0 +1,109 @@
+// The test-suite driver over a stopped program of the command fixture: the line printed at
+// each state, the entries' items, and what is queued next.
+#include "session/test_suite.h"
+
+#include "commands/command_fixture.h"
+#include "process/debugged_process.h"
+#include "session/startup_globals.h"
+#include "ui/array_window.h"
+#include "ui/inspector_window.h"
+
+namespace vantor::testing {
+namespace {
+
+// A process whose state the test sets, as a run would have left it.
+class StateProcess : public DebuggedProcess {
+ public:
+  void put(std::int32_t state, std::string text = "") {
+    state_ = state;
+    status_text_ = std::move(text);
+  }
+};
+
+class TestSuiteTest : public CommandTest {
+ protected:
+  TestSuiteTest() {
+    CurrentProcess = &process;
+    TestSuiteMode = true;
+    source.recorded_name = L"C:\\src\\prog.f95";
+    host.frame_lines = {{&source, 12}};
+    process.put(psStopped);
+  }
+  ~TestSuiteTest() override {
+    CurrentProcess = nullptr;
+    TestSuiteMode = false;
+    TestSuiteEntries.clear();
+  }
+  std::string step() {
+    return captured([this] { acted = RunTestSuiteStep(); });
+  }
+
+  StateProcess process;
+  source_file source;
+  bool acted = false;
+};
+
+TEST_F(TestSuiteTest, ALineWithoutAnEntryIsPrintedAndSteppedOver) {
+  TestSuiteEntries = {{20, {"exit"}}};
+  EXPECT_EQ(step(), "MAIN (prog.f95: 12)\n");
+  EXPECT_TRUE(acted);
+  EXPECT_EQ(PendingCommand, kStepIntoCommand | kStartFlag);
+  EXPECT_EQ(ui::OpenWindows.size(), 0);
+}
+
+TEST_F(TestSuiteTest, AnEntrysExpressionsOpenTheirViewsInTheInnermostFrame) {
+  TestSuiteEntries = {{12, {"n", "a", "nosuch"}}, {12, {"x"}}, {20, {"exit"}}};
+  EXPECT_EQ(step(), "MAIN (prog.f95: 12)\nUnknown variable\n");
+  EXPECT_EQ(PendingCommand, kStepIntoCommand | kStartFlag);  // only the first entry counts
+  ASSERT_EQ(ui::OpenWindows.size(), 2);
+  EXPECT_NE(dynamic_cast<ui::array_window*>(ui::OpenWindows.from_front()[0]), nullptr);
+  auto* scalar = dynamic_cast<ui::inspector_window*>(ui::OpenWindows.from_front()[1]);
+  ASSERT_NE(scalar, nullptr);
+  EXPECT_EQ(scalar->rows()[0], "n = 7");
+}
+
+TEST_F(TestSuiteTest, WithoutWindowsTheValuesAreWrittenToTheConsole) {
+  library.opens_views = false;
+  TestSuiteEntries = {{12, {"n", "x"}}};
+  std::string out = step();
+  EXPECT_EQ(out.rfind("MAIN (prog.f95: 12)\n", 0), 0u) << out;
+  EXPECT_NE(out.find("n = 7\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("x = 2.5\n"), std::string::npos) << out;
+  EXPECT_EQ(ui::OpenWindows.size(), 0);
+}
+
+TEST_F(TestSuiteTest, ExitEndsTheSessionAtThatItem) {
+  TestSuiteEntries = {{12, {"n", "exit", "x"}}};
+  library.opens_views = false;
+  std::string out = step();
+  EXPECT_NE(out.find("n = 7"), std::string::npos) << out;
+  EXPECT_EQ(out.find("x = "), std::string::npos) << out;
+  EXPECT_EQ(PendingCommand, kQuitCommand | kStartFlag);
+}
+
+TEST_F(TestSuiteTest, AFailureIsPrintedWithTheFirstFrameThatHasALineAndEndsTheSession) {
+  // Failed inside code without our line tables, called from MAIN.
+  host.frames.insert(host.frames.begin(), std::make_unique<FakeFrame>(target.memory, "memcpy"));
+  host.frame_lines = {{nullptr, 0}, {&source, 14}};
+  process.put(psFailed, "Access Violation writing address 0x0000000000000000");
+  EXPECT_EQ(step(), "Access Violation writing address 0x0000000000000000\nMAIN (prog.f95: 14)\n");
+  EXPECT_EQ(PendingCommand, kQuitCommand);
+}
+
+TEST_F(TestSuiteTest, TheEndOfTheProgramEndsTheSession) {
+  process.put(psEnded);
+  EXPECT_EQ(step(), "Process ended, exiting debugger\n");
+  EXPECT_EQ(PendingCommand, kQuitCommand);
+}
+
+TEST_F(TestSuiteTest, OtherStatesAreLeftAlone) {
+  for (std::int32_t state : {psCreated, psLaunching, psRunning, psPaused}) {
+    process.put(state);
+    EXPECT_EQ(step(), "") << state;
+    EXPECT_FALSE(acted) << state;
+    EXPECT_EQ(PendingCommand, 0u) << state;
+  }
+}
+
+}  // namespace
+}  // namespace vantor::testing
