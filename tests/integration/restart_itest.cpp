@@ -100,16 +100,5 @@ TEST_F(RestartUnderWineTest, WithoutTheOptionTheNewRunHasNoBreakpoints) {
   EXPECT_EQ(CurrentProcess->state(), psEnded);
 }
 
-TEST_F(RestartUnderWineTest, AProgramThatCannotBeStartedAgainIsReported) {
-  full_command_line = L"\"" + testing::test_executable_directory() + L"\\debuggees\\f95\\gone.exe\"";
-  ::testing::internal::CaptureStdout();
-  RestartProgram();
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(),
-            "Error: There was a problem debugging your executable:\n\nFile not found\n");
-  ASSERT_NE(CurrentProcess, nullptr);
-  EXPECT_EQ(CurrentProcess->state(), psFailed);
-  EXPECT_EQ(PendingCommand, 0u);
-}
-
 }  // namespace
 }  // namespace vantor
