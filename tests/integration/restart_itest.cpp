@@ -12,6 +12,7 @@
 #include "session/session_process.h"
 #include "session/startup_globals.h"
 #include "session/test_suite.h"
+#include "support/run_command.h"
 #include "winlib/headless_library.h"
 
 namespace vantor {
@@ -38,15 +39,10 @@ class RestartUnderWineTest : public ::testing::Test {
     winlib::set_window_library(nullptr);
   }
 
-  // Runs the current program as the main loop does (line traps armed for a step into,
-  // disarmed for go); the line it stopped at, or 0 when it did not stop at one.
+  // Runs the current program as the main loop does; the line it stopped at, or 0 when it
+  // did not stop at one.
   static std::int32_t run(std::uint32_t command) {
-    DebuggedProcess& process = *CurrentProcess;
-    if (command == kStepIntoCommand)
-      process.arm_line_traps();
-    else
-      process.disarm_line_traps();
-    if (process.run(static_cast<std::int32_t>(command)) != psStopped) return 0;
+    if (testing::run_command(*CurrentProcess, static_cast<std::int32_t>(command)) != psStopped) return 0;
     return test_suite_position().line;
   }
 
