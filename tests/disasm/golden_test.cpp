@@ -23,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path golden_folder() { return fs::path(__FILE__).parent_path() / "golden"; }
+fs::path golden_folder() { return fs::path(VANTOR_SOURCE_DIR) / "tests" / "disasm" / "golden"; }
 
 std::vector<std::string> golden_files() {
   std::vector<std::string> names;
