@@ -1,7 +1,6 @@
 #include "common/messages.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 #include "common/console.h"
 #include "os/os.h"
@@ -65,7 +64,7 @@ void report_assertion(const char* expression, const char* source_name, int line)
     return;
   }
   if (show_box(widen(text), L"Error", os::kMbOkCancel | os::kMbIconError | os::kMbTopmost) == os::kIdOk)
-    std::exit(1);
+    os::system().end_debugger(1);
 }
 
 void report_debugger_failure(const std::string& what) { ShowErrorMessage("Debugger failure: " + what); }

@@ -1,13 +1,13 @@
 #include "debuginfo/symbol_stream.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <map>
 #include <vector>
 
 #include "common/console.h"
 #include "common/messages.h"
 #include "debuginfo/debug_table_memory.h"
+#include "os/os.h"
 #include "process/user_space_buffer.h"
 
 namespace vantor {
@@ -113,7 +113,8 @@ bool SymbolStreamReader::read() {
       }
       default:
         console_print("unexpected tag %d\n", static_cast<int>(tag));
-        std::exit(1);
+        os::system().end_debugger(1);
+        return false;
     }
   }
 }

@@ -190,6 +190,8 @@ class System {
   // timeout_ms pass, whichever comes first (with no event: input or the time-out).
   virtual void wait_for_input(Handle event, std::uint32_t timeout_ms) = 0;
   virtual std::wstring current_directory() = 0;
+  // Ends the debugger with `status` (the C runtime's exit). It does not return.
+  virtual void end_debugger(int status) = 0;
 
   // -- code pages: the OEM conversions of the target-memory module --
   virtual std::wstring wide_from_oem(const std::string& text) = 0;

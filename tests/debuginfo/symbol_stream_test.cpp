@@ -258,5 +258,25 @@ TEST_F(SymbolStreamDeathTest, AnUnknownTagEndsTheDebuggerWithStatus1) {
   EXPECT_EXIT(load_routine_symbols(process, entry), ::testing::ExitedWithCode(1), "");
 }
 
+// The end goes through the OS layer, where a session under test can watch it happen.
+TEST_F(SymbolStreamTest, AnUnknownTagIsReportedAndEndsThroughTheSystemLayer) {
+  struct Ended {
+    int status;
+  };
+  target.system.on_end_debugger = [](int status) { throw Ended{status}; };
+  routine().variable(VariableSpec::at("I", 1, kDebugInteger4, 8, 4)).raw_tag(7);
+  MapEntry& entry = load_routine();
+  ::testing::internal::CaptureStdout();
+  int status = -1;
+  try {
+    load_routine_symbols(process, entry);
+  } catch (const Ended& ended) {
+    status = ended.status;
+  }
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "unexpected tag 7\n");
+  EXPECT_EQ(status, 1);
+  EXPECT_FALSE(entry.symbols_loaded);
+}
+
 }  // namespace
 }  // namespace vantor::testing

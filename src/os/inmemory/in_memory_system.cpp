@@ -1,6 +1,7 @@
 #include "os/inmemory/in_memory_system.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace vantor::os {
@@ -295,6 +296,11 @@ std::string InMemorySystem::oem_from_wide(const std::wstring& text) {
   std::string out;
   for (wchar_t c : text) out.push_back(static_cast<std::uint32_t>(c) < 256 ? static_cast<char>(c) : '?');
   return out;
+}
+
+void InMemorySystem::end_debugger(int status) {
+  if (on_end_debugger) on_end_debugger(status);
+  std::exit(status);
 }
 
 }  // namespace vantor::os

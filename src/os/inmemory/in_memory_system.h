@@ -49,6 +49,7 @@ class InMemorySystem : public System {
   void add_symbol(Address address, std::uint64_t size, const std::string& name) { symbols_[address] = {name, size}; }
   // Called on each wait_for_event, before events are taken: lets a test react to a resume.
   std::function<void(InMemorySystem&)> on_wait;
+  std::function<void(int status)> on_end_debugger;
 
   // ---- what the debugger did ----
   struct Counters {
@@ -127,6 +128,9 @@ class InMemorySystem : public System {
     clock_ms += timeout_ms;
   }
   std::wstring current_directory() override { return L"C:\\work"; }
+  // Calls on_end_debugger first: a handler that throws turns the end into an outcome the
+  // test sees; otherwise the test process ends with the status, as the debugger would.
+  [[noreturn]] void end_debugger(int status) override;
   std::wstring wide_from_oem(const std::string& text) override;
   std::string oem_from_wide(const std::wstring& text) override;
 

@@ -58,6 +58,8 @@ void Win32System::wait_for_input(Handle event, std::uint32_t timeout_ms) {
                             QS_ALLINPUT);
 }
 
+void Win32System::end_debugger(int status) { std::exit(status); }
+
 std::wstring Win32System::current_directory() {
   DWORD size = GetCurrentDirectoryW(0, nullptr);
   if (size == 0) return {};

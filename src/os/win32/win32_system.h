@@ -66,6 +66,7 @@ class Win32System : public System {
   Handle create_event() override;
   void wait_for_input(Handle event, std::uint32_t timeout_ms) override;
   std::wstring current_directory() override;
+  [[noreturn]] void end_debugger(int status) override;
   std::wstring wide_from_oem(const std::string& text) override;
   std::string oem_from_wide(const std::wstring& text) override;
 
