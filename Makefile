@@ -45,7 +45,8 @@ bench: deps
 	      -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake >/dev/null
 	@cmake --build $(BENCH)-win64 -j $(JOBS) --target wine_benchmarks
 
-# Each fuzz target runs FUZZ_SECONDS from its kept corpus (build/fuzz/corpus/NAME).
+# Each fuzz target runs FUZZ_SECONDS from its kept corpus (build/fuzz/corpus/NAME), its seeds
+# and its dictionary (tests/fuzz/NAME.dict) when it has one.
 fuzz: deps
 	@cmake -S . -B $(FUZZ) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
 	      -DVANTOR_FUZZ=ON >/dev/null
@@ -53,7 +54,8 @@ fuzz: deps
 	@for target in $(FUZZ)/tests/fuzz/*_fuzz; do \
 	  name=$$(basename $$target); mkdir -p $(FUZZ)/corpus/$$name; \
 	  seeds=tests/fuzz/seeds/$$name; [ -d $$seeds ] || seeds=; \
-	  $$target -max_total_time=$(FUZZ_SECONDS) -timeout=10 -print_final_stats=1 $(FUZZ)/corpus/$$name $$seeds || exit 1; \
+	  dict=tests/fuzz/$$name.dict; [ -f $$dict ] && dict=-dict=$$dict || dict=; \
+	  $$target -max_total_time=$(FUZZ_SECONDS) -timeout=10 -print_final_stats=1 $$dict $(FUZZ)/corpus/$$name $$seeds || exit 1; \
 	done
 
 clean:

@@ -3,12 +3,14 @@
 // that image size, so the reader always gets as far as the routine map). Then every
 // question the debugger asks of the tables is asked: routines by address and name, lines
 // and files, the line dump and the line traps, and for every routine its symbol stream,
-// each variable made into a value in a frame of that routine and formatted.
+// each variable made into a value in a frame of that routine (whose stack holds bytes of
+// the input too) and formatted.
 //
 // An unknown record tag ends the debugger with status 1 by design: the target lets the
 // OS layer's end throw and takes that status as an outcome. Assertion boxes are answered
 // Cancel, as a user carrying on would; only the chunked buffer's must never show, since
 // every debug-table read goes through the reader that pads a short read with zeros.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -114,6 +116,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   headers.no_debug_info();
   headers.install(target.system, kPath);
   target.system.poke(kBase, data, size);
+  // The frame's stack holds the input's first bytes, so that locals, arguments and the
+  // bounds and pointers they lead to read as something.
+  target.system.map(kStackPointer - 0x1000, 0x2000);
+  target.system.poke(kStackPointer - 0x1000, data, std::min<std::size_t>(size, 0x2000));
 
   DebuggedProcess process;
   try {

@@ -8,6 +8,19 @@ namespace vantor::os {
 
 namespace {
 std::string profile_file_key(const std::string& file, const std::string& section) { return file + "|" + section; }
+
+// Calls piece(page number, offset in the page, offset in the transfer, length) for each
+// page a transfer touches, a page at a time: fuzz targets and benchmarks move whole images.
+template <typename Piece>
+void for_each_page_piece(Address address, std::size_t size, Piece piece) {
+  for (std::size_t done = 0; done < size;) {
+    const Address at = address + done;
+    const std::size_t in_page = static_cast<std::size_t>(at % InMemorySystem::kPageSize);
+    const std::size_t length = std::min<std::size_t>(size - done, InMemorySystem::kPageSize - in_page);
+    piece(at / InMemorySystem::kPageSize, in_page, done, length);
+    done += length;
+  }
+}
 }  // namespace
 
 void InMemorySystem::map(Address address, std::size_t size) {
@@ -21,21 +34,30 @@ void InMemorySystem::unmap(Address address, std::size_t size) {
 }
 
 void InMemorySystem::poke(Address address, const void* bytes, std::size_t size) {
-  map(address, size);
   auto* source = static_cast<const std::uint8_t*>(bytes);
-  for (std::size_t i = 0; i < size; ++i) pages_[(address + i) / kPageSize].bytes[(address + i) % kPageSize] = source[i];
+  for_each_page_piece(address, size, [&](Address page, std::size_t in_page, std::size_t done, std::size_t length) {
+    std::memcpy(pages_[page].bytes.data() + in_page, source + done, length);
+  });
 }
 
 std::vector<std::uint8_t> InMemorySystem::peek(Address address, std::size_t size) const {
   std::vector<std::uint8_t> out(size, 0);
-  for (std::size_t i = 0; i < size; ++i) {
-    auto it = pages_.find((address + i) / kPageSize);
-    if (it != pages_.end()) out[i] = it->second.bytes[(address + i) % kPageSize];
-  }
+  for_each_page_piece(address, size, [&](Address page, std::size_t in_page, std::size_t done, std::size_t length) {
+    auto it = pages_.find(page);
+    if (it != pages_.end()) std::memcpy(out.data() + done, it->second.bytes.data() + in_page, length);
+  });
   return out;
 }
 
 bool InMemorySystem::is_mapped(Address address) const { return pages_.count(address / kPageSize) != 0; }
+
+bool InMemorySystem::all_mapped(Address address, std::size_t size) const {
+  bool mapped = true;
+  for_each_page_piece(address, size, [&](Address page, std::size_t, std::size_t, std::size_t) {
+    mapped = mapped && pages_.count(page) != 0;
+  });
+  return mapped;
+}
 
 const std::vector<std::uint8_t>* InMemorySystem::file(const std::wstring& path) const {
   auto it = files_.find(path);
@@ -113,19 +135,21 @@ void InMemorySystem::close_handle(Handle handle) {
 std::size_t InMemorySystem::read_memory(Handle, Address address, void* buffer, std::size_t size) {
   ++counters.reads;
   // Like the platform call: all or nothing.
-  for (std::size_t i = 0; i < size; ++i)
-    if (!is_mapped(address + i)) return 0;
+  if (!all_mapped(address, size)) return 0;
   auto* out = static_cast<std::uint8_t*>(buffer);
-  for (std::size_t i = 0; i < size; ++i) out[i] = pages_[(address + i) / kPageSize].bytes[(address + i) % kPageSize];
+  for_each_page_piece(address, size, [&](Address page, std::size_t in_page, std::size_t done, std::size_t length) {
+    std::memcpy(out + done, pages_.at(page).bytes.data() + in_page, length);
+  });
   return size;
 }
 
 std::size_t InMemorySystem::write_memory(Handle, Address address, const void* buffer, std::size_t size) {
   ++counters.writes;
-  for (std::size_t i = 0; i < size; ++i)
-    if (!is_mapped(address + i)) return 0;
+  if (!all_mapped(address, size)) return 0;
   auto* in = static_cast<const std::uint8_t*>(buffer);
-  for (std::size_t i = 0; i < size; ++i) pages_[(address + i) / kPageSize].bytes[(address + i) % kPageSize] = in[i];
+  for_each_page_piece(address, size, [&](Address page, std::size_t in_page, std::size_t done, std::size_t length) {
+    std::memcpy(pages_.at(page).bytes.data() + in_page, in + done, length);
+  });
   return size;
 }
 

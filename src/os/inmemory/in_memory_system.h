@@ -32,6 +32,7 @@ class InMemorySystem : public System {
   void poke_value(Address address, T value) { poke(address, &value, sizeof value); }
   std::vector<std::uint8_t> peek(Address address, std::size_t size) const;  // unreadable bytes read 0
   bool is_mapped(Address address) const;
+  bool all_mapped(Address address, std::size_t size) const;
 
   void queue_event(const DebugEvent& event) { events_.push_back(event); }
   std::size_t queued_events() const { return events_.size(); }
