@@ -88,8 +88,8 @@ std::unique_ptr<ui::text_window> make_value_window(const std::string& expression
   return make_expression_window(expression, frame_index);
 }
 
-std::unique_ptr<ui::inspector_window> make_expression_window(const std::string& expression, std::int32_t frame_index) {
-  return std::make_unique<ui::inspector_window>(expression_producer(), expression, frame_index);
+std::unique_ptr<ui::value_window> make_expression_window(const std::string& expression, std::int32_t frame_index) {
+  return std::make_unique<ui::value_window>(expression_producer(), expression, frame_index);
 }
 
 std::unique_ptr<ui::dump_window> make_dump_window(Address address, const std::string& expression,

@@ -9,7 +9,7 @@
 #include "process/target_memory.h"
 #include "ui/breakpoints_window.h"
 #include "ui/dump_window.h"
-#include "ui/inspector_window.h"
+#include "ui/value_window.h"
 #include "ui/regs_window.h"
 #include "ui/stack_window.h"
 #include "ui/streams_window.h"
@@ -35,7 +35,7 @@ ui::stack_window& show_stack_window();
 // the expression window. Made, not opened.
 std::unique_ptr<ui::text_window> make_value_window(const std::string& expression, const element& value,
                                                    std::int32_t frame_index);
-std::unique_ptr<ui::inspector_window> make_expression_window(const std::string& expression, std::int32_t frame_index);
+std::unique_ptr<ui::value_window> make_expression_window(const std::string& expression, std::int32_t frame_index);
 std::unique_ptr<ui::dump_window> make_dump_window(Address address, const std::string& expression,
                                                   std::int32_t frame_index);
 

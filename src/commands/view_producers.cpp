@@ -88,7 +88,7 @@ ui::watch_window::evaluator watch_evaluator() {
   };
 }
 
-ui::inspector_window::producer expression_producer() {
+ui::value_window::producer expression_producer() {
   return [](int frame_index, const std::string& expression, ui::window_rows& rows) {
     expression_rows(expression, frame_index, rows);
   };

@@ -10,7 +10,7 @@
 #include "ui/array_window.h"
 #include "ui/breakpoints_window.h"
 #include "ui/dump_window.h"
-#include "ui/inspector_window.h"
+#include "ui/value_window.h"
 #include "ui/source_window.h"
 #include "ui/structure_window.h"
 #include "ui/text_window.h"
@@ -34,7 +34,7 @@ DataViewSource data_view_source();
 
 ui::vars_window::producer variables_producer();
 ui::watch_window::evaluator watch_evaluator();
-ui::inspector_window::producer expression_producer();
+ui::value_window::producer expression_producer();
 ui::array_window::producer array_producer();
 ui::structure_window::producer structure_producer();
 ui::row_producer registers_producer();

@@ -6,7 +6,7 @@
 #include "ui/array_window.h"
 #include "ui/dump_window.h"
 #include "ui/find_window.h"
-#include "ui/inspector_window.h"
+#include "ui/value_window.h"
 #include "ui/source_window.h"
 #include "ui/structure_window.h"
 
@@ -38,7 +38,7 @@ TEST_F(WindowCommandTest, PrintChoosesTheViewByTypeAndPlacesItWhereAsked) {
   EXPECT_EQ(front()->contents_text(), "Array View\nm(2,:)\n(1) = 21\n(2) = 22\n(3) = 23\n");
 
   EXPECT_EQ(run("print n + 1"), kCommandDone);
-  auto* expression = dynamic_cast<ui::inspector_window*>(front());
+  auto* expression = dynamic_cast<ui::value_window*>(front());
   ASSERT_NE(expression, nullptr);
   EXPECT_EQ(expression->contents_text(), "n + 1\nn + 1 = 8\n");
 

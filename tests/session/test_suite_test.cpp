@@ -6,7 +6,7 @@
 #include "process/debugged_process.h"
 #include "session/startup_globals.h"
 #include "ui/array_window.h"
-#include "ui/inspector_window.h"
+#include "ui/value_window.h"
 
 namespace vantor::testing {
 namespace {
@@ -57,7 +57,7 @@ TEST_F(TestSuiteTest, AnEntrysExpressionsOpenTheirViewsInTheInnermostFrame) {
   EXPECT_EQ(PendingCommand, kStepIntoCommand | kStartFlag);  // only the first entry counts
   ASSERT_EQ(ui::OpenWindows.size(), 2);
   EXPECT_NE(dynamic_cast<ui::array_window*>(ui::OpenWindows.from_front()[0]), nullptr);
-  auto* scalar = dynamic_cast<ui::inspector_window*>(ui::OpenWindows.from_front()[1]);
+  auto* scalar = dynamic_cast<ui::value_window*>(ui::OpenWindows.from_front()[1]);
   ASSERT_NE(scalar, nullptr);
   EXPECT_EQ(scalar->rows()[0], "n = 7");
 }

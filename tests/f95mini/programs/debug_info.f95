@@ -1,4 +1,4 @@
-! The debug tables read back at run time: INSPECT (inspect.c) locates each variable the way
+! The debug tables read back at run time: INSPECT (debug_info_helpers.c) locates each variable the way
 ! the debugger does and prints it; every address type, static and dynamic array bounds,
 ! derived types (also before their records), COMMON members and constants.
 module settings

@@ -1,4 +1,4 @@
-#include "ui/inspector_window.h"
+#include "ui/value_window.h"
 
 #include "ui/settings.h"
 #include "ui/window_kinds.h"
@@ -6,12 +6,12 @@
 namespace vantor::ui {
 
 // Its size is its inside: a one-line window with no frame.
-inspector_window::inspector_window(producer produce, std::string expression, int frame_index)
+value_window::value_window(producer produce, std::string expression, int frame_index)
     : frame_window(kInspectorKind, expression, layout_settings::consecutive(kExpressionWindowX), frame_index,
                    expression, LayoutKind::kPlain),
       produce_(std::move(produce)) {}
 
-void inspector_window::fill_rows(window_rows& rows) {
+void value_window::fill_rows(window_rows& rows) {
   if (produce_) produce_(frame_index(), expression(), rows);
 }
 

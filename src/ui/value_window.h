@@ -9,13 +9,13 @@
 
 namespace vantor::ui {
 
-class inspector_window : public frame_window {
+class value_window : public frame_window {
  public:
   // Writes the value of the expression in the frame with that index, one line a row, or
   // the evaluator's message; the values part supplies it.
   using producer = std::function<void(int frame_index, const std::string& expression, window_rows& rows)>;
 
-  inspector_window(producer produce, std::string expression, int frame_index);
+  value_window(producer produce, std::string expression, int frame_index);
 
  protected:
   void fill_rows(window_rows& rows) override;
