@@ -84,11 +84,11 @@ def prepare(case_dir, scratch, setup):
                 shutil.copy(os.path.join(case_dir, word), scratch)
         elif directive == "dir":  # dir: NAME
             os.makedirs(os.path.join(scratch, words[0]), exist_ok=True)
-        elif directive == "build":  # build: SOURCE.f95 [f95mini options] -> SOURCE.exe
+        elif directive == "build":  # build: SOURCE.f95 [f95mini options] -> SOURCE.exe unless -o names it
             source = os.path.join(case_dir, words[0])
             shutil.copy(source, scratch)
-            out = os.path.splitext(os.path.basename(source))[0] + ".exe"
-            result = subprocess.run([os.path.join(ROOT, "scripts", "f95mini"), *words[1:], os.path.basename(source), "-o", out],
+            out = [] if "-o" in words else ["-o", os.path.splitext(os.path.basename(source))[0] + ".exe"]
+            result = subprocess.run([os.path.join(ROOT, "scripts", "f95mini"), *words[1:], os.path.basename(source), *out],
                                     cwd=scratch, capture_output=True, text=True)
             if result.returncode != 0:
                 sys.exit(f"f95mini failed on {words[0]}:\n{result.stdout}{result.stderr}")

@@ -130,6 +130,13 @@ std::string compile_program(Compilation& comp, const std::vector<SourceFile>& fi
   if (comp.opts.dll) {
     out += "\t.section .drectve\n";
     for (const auto& e : comp.exports) out += "\t.ascii \" -export:" + e + "\"\n";
+    // The library's COMMON blocks join the program's list while it is loaded.
+    if (!comp.commons.empty())
+      out += "\t.section .ctors,\"w\"\n\t.quad __f95_join_common_list\n"
+             "\t.section .dtors,\"w\"\n\t.quad __f95_leave_common_list\n";
+  } else {
+    // Libraries find the program's COMMON list by this name.
+    out += "\t.section .drectve\n\t.ascii \" -export:__f95_common_head,data\"\n";
   }
   return out;
 }
