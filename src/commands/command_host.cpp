@@ -9,6 +9,7 @@
 #include "process/debugged_process.h"
 #include "session/startup_globals.h"
 #include "stack/call_stack.h"
+#include "stack/stack_window_text.h"
 
 namespace vantor {
 
@@ -55,18 +56,10 @@ class ProcessCommandHost : public CommandHost {
     return stack ? stack->frame(index) : nullptr;
   }
   void fill_stack_rows(ui::window_rows& rows, std::string& status) override {
-    status.clear();
-    for (std::int32_t i = 0; i < stack_depth(); ++i) {
-      StackFrame* frame = stack_frame(i);
-      if (!frame) continue;
-      source_file* file = nullptr;
-      std::int32_t line = 0;
-      if (frame_source(*frame, file, line))
-        rows.add(frame->routine_name() + " (" + std::string(bare_file_name(frame->source_file_name())) + ": " +
-                 std::to_string(line) + ")");
-      else
-        rows.add(frame->routine_name(), ui::kRowWithoutSource);
-    }
+    if (CurrentProcess)
+      fill_stack_window(*CurrentProcess, rows, status);
+    else
+      status.clear();
   }
   BreakpointList* breakpoints() override { return CurrentProcess ? &CurrentProcess->breakpoints() : nullptr; }
   void set_run_to_breakpoint(std::int32_t id) override {
