@@ -28,11 +28,6 @@ bool same_name_ignoring_case(std::string_view a, std::string_view b) {
          });
 }
 
-bool is_structure(const element& value) {
-  return value.type == kTypeStructure ||
-         (value.type == kTypePointer8 && value.next && value.next->type == kTypeStructure);
-}
-
 }  // namespace
 
 std::int32_t current_frame_index() { return CurrentFrameIndex; }
@@ -47,30 +42,8 @@ DataViewSource data_view_source() {
   return source;
 }
 
-std::unique_ptr<element> evaluate_in_frame(const std::string& expression, std::int32_t frame_index) {
-  CommandHost& host = command_host();
-  return evaluate(expression, scope_of_frame(frame_at(frame_index), host.memory(), host.registers())).value;
-}
-
 void expression_rows(const std::string& expression, std::int32_t frame_index, ui::window_rows& rows) {
-  DataViewSource source = data_view_source();
-  inspector_rows_of(source, frame_index, expression, rows);
-  auto value = evaluate_in_frame(expression, frame_index);
-  if (value->error_code != 0) return;
-  if (value->type == kTypeArray) {
-    ui::array_contents contents;
-    array_contents_of(source, frame_index, expression, contents);
-    std::size_t shown = std::min(contents.elements.size(), kExpressionElementLimit);
-    for (std::size_t i = 0; i < shown; ++i)
-      rows.add(expression + ui::subscripts_text(contents.elements[i].subscripts, contents.fortran) + " = " +
-               contents.elements[i].value);
-    if (contents.elements.size() > shown) rows.add("...");
-  } else if (is_structure(*value)) {
-    ui::structure_contents contents;
-    structure_contents_of(source, frame_index, expression, contents);
-    for (const auto& member : contents.members)
-      rows.add(ui::member_expression(expression, member.name, contents.fortran) + " = " + member.value);
-  }
+  expression_rows_of(data_view_source(), frame_index, expression, kExpressionElementLimit, rows);
 }
 
 ui::vars_window::producer variables_producer() {

@@ -27,8 +27,6 @@ struct DataViewSource;
 std::int32_t current_frame_index();
 void set_current_frame_index(std::int32_t index);
 
-// The value of `expression` in the frame with that index (no frame: the global names).
-std::unique_ptr<element> evaluate_in_frame(const std::string& expression, std::int32_t frame_index);
 // The stopped program as the data views read it: the host's memory, registers and frames.
 DataViewSource data_view_source();
 

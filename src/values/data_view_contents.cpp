@@ -53,10 +53,10 @@ bool variables_of_frame(const DataViewSource& source, int frame_index, std::stri
   return true;
 }
 
-void array_contents_of(const DataViewSource& source, int frame_index, const std::string& expression,
-                       ui::array_contents& out) {
-  EvalResult result = evaluate_in(source, frame_index, expression);
-  element& array = *result.value;
+namespace {
+
+// At most `limit` elements of an evaluated array.
+void fill_array_contents(element& array, TargetMemory& memory, std::uint64_t limit, ui::array_contents& out) {
   if (array.error_code) {
     out.error = error_text(array.error_code);
     return;
@@ -65,7 +65,6 @@ void array_contents_of(const DataViewSource& source, int frame_index, const std:
     out.error = error_text(kErrorArrayExpected);
     return;
   }
-  TargetMemory& memory = *source.memory;
   out.fortran = is_fortran_language(array.lang_code);
   const array_info& a = *array.array;
   int dims = std::clamp<int>(a.num_dims, 0, kMaxRank);
@@ -77,7 +76,7 @@ void array_contents_of(const DataViewSource& source, int frame_index, const std:
   std::int64_t low = 0, high = std::max<std::int64_t>(array.next->size, 0);
   for (int d = 0; d < dims; ++d) {
     std::int64_t extent = extent_of(a, d);
-    total = std::min<std::uint64_t>(total * static_cast<std::uint64_t>(extent), kArrayViewLimit + 1);
+    total = std::min<std::uint64_t>(total * static_cast<std::uint64_t>(extent), limit + 1);
     std::int64_t reach = extent > 0 ? (extent - 1) * a.distance[d] : 0;
     (reach < 0 ? low : high) += reach;
   }
@@ -97,7 +96,7 @@ void array_contents_of(const DataViewSource& source, int frame_index, const std:
   }
 
   std::vector<std::int64_t> index(static_cast<std::size_t>(dims), 0);
-  for (std::uint64_t n = 0; n < total && n < kArrayViewLimit; ++n) {
+  for (std::uint64_t n = 0; n < total && n < limit; ++n) {
     std::int64_t offset = 0;
     ui::array_element_row row;
     for (int d = 0; d < dims; ++d) {
@@ -123,12 +122,10 @@ void array_contents_of(const DataViewSource& source, int frame_index, const std:
   }
 }
 
-void structure_contents_of(const DataViewSource& source, int frame_index, const std::string& expression,
-                           ui::structure_contents& out) {
-  EvalResult result = evaluate_in(source, frame_index, expression);
-  std::unique_ptr<element> value = std::move(result.value);
+// The members of an evaluated structure, or of the structure a pointer points at.
+void fill_structure_contents(std::unique_ptr<element> value, TargetMemory& memory, ui::structure_contents& out) {
   if (value->error_code == 0 && value->type == kTypePointer8 && value->next && value->next->type == kTypeStructure)
-    value = dereference(*value, *source.memory);
+    value = dereference(*value, memory);
   if (value->error_code) {
     out.error = error_text(value->error_code);
     return;
@@ -138,18 +135,51 @@ void structure_contents_of(const DataViewSource& source, int frame_index, const 
     return;
   }
   out.fortran = is_fortran_language(value->lang_code);
-  for (structure_component& component : component_elements(*value, *source.memory))
-    out.members.push_back({component.name, shown(*component.value, *source.memory)});
+  for (structure_component& component : component_elements(*value, memory))
+    out.members.push_back({component.name, shown(*component.value, memory)});
 }
 
-void inspector_rows_of(const DataViewSource& source, int frame_index, const std::string& expression,
-                       ui::window_rows& rows) {
+bool is_structure(const element& value) {
+  return value.type == kTypeStructure ||
+         (value.type == kTypePointer8 && value.next && value.next->type == kTypeStructure);
+}
+
+}  // namespace
+
+void array_contents_of(const DataViewSource& source, int frame_index, const std::string& expression,
+                       ui::array_contents& out) {
+  fill_array_contents(*evaluate_in(source, frame_index, expression).value, *source.memory, kArrayViewLimit, out);
+}
+
+void structure_contents_of(const DataViewSource& source, int frame_index, const std::string& expression,
+                           ui::structure_contents& out) {
+  fill_structure_contents(std::move(evaluate_in(source, frame_index, expression).value), *source.memory, out);
+}
+
+void expression_rows_of(const DataViewSource& source, int frame_index, const std::string& expression,
+                        std::size_t element_limit, ui::window_rows& rows) {
   EvalResult result = evaluate_in(source, frame_index, expression);
-  if (result.value->error_code) {
-    rows.add(error_text(result.value->error_code));
+  element& value = *result.value;
+  if (value.error_code) {
+    rows.add(error_text(value.error_code));
     return;
   }
-  rows.add(expression + " = " + shown(*result.value, *source.memory));
+  TargetMemory& memory = *source.memory;
+  rows.add(expression + " = " + shown(value, memory));
+  if (value.type == kTypeArray) {
+    ui::array_contents contents;
+    fill_array_contents(value, memory, element_limit + 1, contents);
+    const std::size_t listed = std::min(contents.elements.size(), element_limit);
+    for (std::size_t i = 0; i < listed; ++i)
+      rows.add(expression + ui::subscripts_text(contents.elements[i].subscripts, contents.fortran) + " = " +
+               contents.elements[i].value);
+    if (contents.elements.size() > listed) rows.add("...");
+  } else if (is_structure(value)) {
+    ui::structure_contents contents;
+    fill_structure_contents(std::move(result.value), memory, contents);
+    for (const auto& member : contents.members)
+      rows.add(ui::member_expression(expression, member.name, contents.fortran) + " = " + member.value);
+  }
 }
 
 ui::watch_value watch_value_of(const DataViewSource& source, const std::string& expression) {

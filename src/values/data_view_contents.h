@@ -44,9 +44,11 @@ void array_contents_of(const DataViewSource& source, int frame_index, const std:
 void structure_contents_of(const DataViewSource& source, int frame_index, const std::string& expression,
                            ui::structure_contents& out);
 
-// One row "expression = value", or the error text.
-void inspector_rows_of(const DataViewSource& source, int frame_index, const std::string& expression,
-                       ui::window_rows& rows);
+// One expression as the value window lists it: "expression = value" (or the error text),
+// then a row per element of an array (at most element_limit, then "...") or per member of
+// a structure. The expression is evaluated once.
+void expression_rows_of(const DataViewSource& source, int frame_index, const std::string& expression,
+                        std::size_t element_limit, ui::window_rows& rows);
 
 // A watch in the current frame (index 0): out of scope when a name is not visible there.
 ui::watch_value watch_value_of(const DataViewSource& source, const std::string& expression);

@@ -149,7 +149,7 @@ TEST_F(DataViewTest, StructureMembersInspectorWatchesAndRegisters) {
   EXPECT_EQ(not_one.error, "Structure expected");
 
   ui::window_rows rows;
-  inspector_rows_of(source, 0, "cell1%k * n", rows);
+  expression_rows_of(source, 0, "cell1%k * n", 10, rows);
   ASSERT_EQ(rows.text.size(), 1u);
   EXPECT_EQ(rows.text[0], "cell1%k * n = 96");
 
