@@ -21,27 +21,20 @@ class DebugTableMemoryTest : public ::testing::Test {
   DebugTableMemory memory{target.memory};
 };
 
-TEST_F(DebugTableMemoryTest, AReadableRangeCostsOneCall) {
+TEST_F(DebugTableMemoryTest, OneCallForAReadableRangeAndZerosPastTheReadablePrefix) {
   std::uint8_t buffer[128];
   EXPECT_EQ(memory.read(kBase + 4000, buffer, sizeof buffer), sizeof buffer);  // across the page boundary
   EXPECT_EQ(target.system.counters.reads, 1u);
   EXPECT_EQ(buffer[127], static_cast<std::uint8_t>((4000 + 127) % 251 + 1));
-}
 
-TEST_F(DebugTableMemoryTest, TheReadablePrefixArrivesAndTheRestReadsZero) {
-  std::uint8_t buffer[128];
   std::memset(buffer, 0xEE, sizeof buffer);
-  Address start = kBase + 2 * 4096 - 20;
-  EXPECT_EQ(memory.read(start, buffer, sizeof buffer), sizeof buffer);
-  for (int i = 0; i < 20; ++i) EXPECT_EQ(buffer[i], static_cast<std::uint8_t>((2 * 4096 - 20 + i) % 251 + 1)) << i;
-  for (int i = 20; i < 128; ++i) EXPECT_EQ(buffer[i], 0) << i;
-}
+  EXPECT_EQ(memory.read(kBase + 2 * 4096 - 20, buffer, sizeof buffer), sizeof buffer);
+  for (int i = 0; i < 128; ++i)
+    EXPECT_EQ(buffer[i], i < 20 ? static_cast<std::uint8_t>((2 * 4096 - 20 + i) % 251 + 1) : 0) << i;
 
-TEST_F(DebugTableMemoryTest, AnUnreadableStartReadsAllZero) {
-  std::uint8_t buffer[16];
   std::memset(buffer, 0xEE, sizeof buffer);
-  EXPECT_EQ(memory.read(kBase + 0x100000, buffer, sizeof buffer), sizeof buffer);
-  for (std::uint8_t byte : buffer) EXPECT_EQ(byte, 0);
+  EXPECT_EQ(memory.read(kBase + 0x100000, buffer, 16), 16u);  // an unreadable start
+  for (int i = 0; i < 16; ++i) EXPECT_EQ(buffer[i], 0) << i;
 }
 
 }  // namespace

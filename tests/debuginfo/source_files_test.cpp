@@ -14,30 +14,16 @@ LineTable table_of(std::vector<LineRecord> records) {
   return table;
 }
 
-TEST(LineOfOffsetTest, AThreadStoppedByALineTrapIsOneBytePastItsLine) {
+TEST(LineOfOffsetTest, TrapStopsInsideCodeAndOutsideTheRecords) {
+  // {offset, line}: a thread stopped by a line trap is one byte past its line; an offset
+  // inside a line's code belongs to that line (the line-12 byte itself when not stopped by
+  // its trap); before the first record is the first line, after the last the last.
   LineTable table = table_of({{10, 0}, {11, 5}, {12, 9}});
-  EXPECT_EQ(line_of_offset(&table, 1), 10);
-  EXPECT_EQ(line_of_offset(&table, 6), 11);
-  EXPECT_EQ(line_of_offset(&table, 10), 12);
-}
-
-TEST(LineOfOffsetTest, AnOffsetInsideALinesCodeBelongsToThatLine) {
-  LineTable table = table_of({{10, 0}, {11, 5}, {12, 9}});
-  EXPECT_EQ(line_of_offset(&table, 7), 11);
-  EXPECT_EQ(line_of_offset(&table, 8), 11);
-  EXPECT_EQ(line_of_offset(&table, 9), 11);  // the line-12 byte itself, not stopped by its trap
-  EXPECT_EQ(line_of_offset(&table, 2), 10);
-}
-
-TEST(LineOfOffsetTest, BeforeTheFirstRecordIsTheFirstLineAndAfterTheLastIsTheLast) {
-  LineTable table = table_of({{20, 8}, {21, 12}});
-  EXPECT_EQ(line_of_offset(&table, 0), 20);
-  EXPECT_EQ(line_of_offset(&table, 5), 20);
-  EXPECT_EQ(line_of_offset(&table, 14), 21);
-  EXPECT_EQ(line_of_offset(&table, 0x10000), 21);
-}
-
-TEST(LineOfOffsetTest, NoTableOrNoRecordsIsLineZero) {
+  for (const auto& c : std::vector<std::pair<int, int>>{{1, 10}, {2, 10}, {6, 11}, {7, 11}, {9, 11}, {10, 12}})
+    EXPECT_EQ(line_of_offset(&table, c.first), c.second) << c.first;
+  LineTable late = table_of({{20, 8}, {21, 12}});
+  for (const auto& c : std::vector<std::pair<int, int>>{{0, 20}, {5, 20}, {14, 21}, {0x10000, 21}})
+    EXPECT_EQ(line_of_offset(&late, c.first), c.second) << c.first;
   LineTable empty;
   EXPECT_EQ(line_of_offset(nullptr, 3), 0);
   EXPECT_EQ(line_of_offset(&empty, 3), 0);
@@ -95,69 +81,26 @@ TEST_F(SourceFilesTest, UnloadingAnImageDetachesItsFilesAndDropsItsRoutines) {
   EXPECT_EQ(address_of_line(process, "C:\\lib\\lib.f95", 7), 0u);
 }
 
-// ---- locating the text ----------------------------------------------------------------
+// ---- locating the text: the search order under Wine in tests/integration/source_location_itest.cpp
 
-class SourceLocatorTest : public ::testing::Test {
- protected:
-  source_file file_named(const std::wstring& name) {
-    source_file file;
-    file.recorded_name = name;
-    return file;
-  }
+TEST(SourceLocatorTest, LinesLoseTheirReturnsAndListEntriesTheirTrailingBackslash) {
   FakeTarget target;
-};
-
-TEST_F(SourceLocatorTest, TheRecordedFullPathIsUsedWhenItExists) {
-  target.system.add_text_file(L"C:\\src\\prog.f95", "program p\r\n  x = 1\r\n\r\nend\n");
-  source_file file = file_named(L"C:\\src\\prog.f95");
-  EXPECT_EQ(locate_source_file(file, {}), kSourceLoaded);
-  EXPECT_EQ(file.full_path, L"C:\\src\\prog.f95");
+  target.system.add_text_file(L"D:\\two\\prog.f95", "program p\r\n  x = 1\r\n\r\nend\n");
+  source_file file;
+  file.recorded_name = L"C:\\build\\prog.f95";
+  EXPECT_EQ(locate_source_file(file, {L"", L"D:\\one;D:\\two\\"}), kSourceLoaded);
+  EXPECT_EQ(file.full_path, L"D:\\two\\prog.f95");
   ASSERT_EQ(file.lines.size(), 4u);
-  EXPECT_EQ(file.lines[0].text, "program p");
   EXPECT_EQ(file.lines[1].text, "  x = 1");
   EXPECT_EQ(file.lines[2].text, "");
   EXPECT_EQ(file.lines[3].text, "end");
-}
-
-TEST_F(SourceLocatorTest, TheBareNameIsFoundThroughTheSourcePathSwitch) {
-  target.system.add_text_file(L"D:\\two\\prog.f95", "end");
-  target.system.add_text_file(L"D:\\three\\prog.f95", "other");
-  target.system.set_environment(L"SOURCEPATH", L"D:\\three");
-  source_file file = file_named(L"C:\\build\\prog.f95");
-  EXPECT_EQ(locate_source_file(file, {L"", L"D:\\one;D:\\two\\"}), kSourceLoaded);
-  EXPECT_EQ(file.full_path, L"D:\\two\\prog.f95");
-}
-
-TEST_F(SourceLocatorTest, TheBareNameIsFoundThroughTheSourcePathVariable) {
-  target.system.add_text_file(L"E:\\sources\\prog.f95", "end");
-  target.system.set_environment(L"SOURCEPATH", L"E:\\nothing;E:\\sources");
-  source_file file = file_named(L"C:\\build\\prog.f95");
-  EXPECT_EQ(locate_source_file(file, {}), kSourceLoaded);
-  EXPECT_EQ(file.full_path, L"E:\\sources\\prog.f95");
-}
-
-TEST_F(SourceLocatorTest, TheCurrentDirectoryAndTheStartupListComeBeforeTheSourcePath) {
-  target.system.add_text_file(L".\\prog.f95", "here");
-  target.system.add_text_file(L"F:\\startup\\util.f95", "startup");
-  target.system.add_text_file(L"F:\\path\\util.f95", "path");
-  source_file here = file_named(L"/unix/build/prog.f95");
-  EXPECT_EQ(locate_source_file(here, {L"F:\\startup", L"F:\\path"}), kSourceLoaded);
-  EXPECT_EQ(here.full_path, L".\\prog.f95");
-  source_file util = file_named(L"util.f95");
-  EXPECT_EQ(locate_source_file(util, {L"F:\\startup", L"F:\\path"}), kSourceLoaded);
-  EXPECT_EQ(util.full_path, L"F:\\startup\\util.f95");
-}
-
-TEST_F(SourceLocatorTest, NotFoundIsState2AndTheStateIsCached) {
-  source_file file = file_named(L"C:\\gone\\prog.f95");
-  EXPECT_EQ(locate_source_file(file, {L"C:\\a", L"C:\\b"}), kSourceNotFound);
+  // A file not found stays so, but a path chosen by the user still loads.
+  source_file gone;
+  gone.recorded_name = L"C:\\gone\\prog.f95";
+  EXPECT_EQ(locate_source_file(gone, {}), kSourceNotFound);
   target.system.add_text_file(L"C:\\gone\\prog.f95", "end");
-  EXPECT_EQ(locate_source_file(file, {}), kSourceNotFound);
-  EXPECT_TRUE(file.lines.empty());
-  // A path chosen by the user still loads.
-  EXPECT_TRUE(load_source_text(file, L"C:\\gone\\prog.f95"));
-  EXPECT_EQ(file.locate_state, kSourceLoaded);
-  EXPECT_EQ(file.lines.size(), 1u);
+  EXPECT_TRUE(load_source_text(gone, L"C:\\gone\\prog.f95"));
+  EXPECT_EQ(gone.locate_state, kSourceLoaded);
 }
 
 }  // namespace

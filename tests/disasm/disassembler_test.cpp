@@ -25,42 +25,21 @@ Decoded decode(std::vector<std::uint8_t> bytes, Address address = 0x140001000) {
   return result;
 }
 
-TEST(DisassemblerLines, PrologueAndCallLinesReadAsTheStackWalkerExpects) {
-  // The call-stack walker recognises prologues by these exact beginnings.
+// The lines themselves are pinned by the golden files; here, what they leave behind.
+TEST(DisassemblerLines, TheLastImmediateIsWhatTheStackWalkerReadsOfAPrologue) {
   EXPECT_EQ(decode({0x48, 0x83, 0xEC, 0x28}).text, "sub_q       RSP,28");
   EXPECT_EQ(last_immediate(), 0x28u);
-  EXPECT_EQ(decode({0x48, 0x81, 0xEC, 0x88, 0x01, 0x00, 0x00}).text, "sub_q       RSP,188");
+  decode({0x48, 0x81, 0xEC, 0x88, 0x01, 0x00, 0x00});
   EXPECT_EQ(last_immediate(), 0x188u);
-  EXPECT_EQ(decode({0x48, 0xB8, 0x88, 0x77, 0x66, 0x55, 0x44, 0x33, 0x22, 0x11}).text,
-            "mov_q       RAX,1122334455667788");
+  decode({0x48, 0xB8, 0x88, 0x77, 0x66, 0x55, 0x44, 0x33, 0x22, 0x11});
   EXPECT_EQ(last_immediate(), 0x1122334455667788u);
-  EXPECT_EQ(decode({0xB8, 0x00, 0x10, 0x00, 0x00}).text.rfind("mov       RAX,", 0), 0u);
-  EXPECT_EQ(decode({0xFF, 0x15, 0xF8, 0xFF, 0xFF, 0xFF}).text, "call       [fffffff8+RIP]");
-  EXPECT_EQ(decode({0x90}).text, "nop");
-}
-
-TEST(DisassemblerLines, BreakpointByteIsIntThreeOfLengthOneWhateverFollows) {
-  EXPECT_EQ(decode({0x48, 0x83, 0xEC, 0x10}).length, 4u);
+  decode({0x48, 0x83, 0xEC, 0x10});
   const Decoded d = decode({0xCC, 0x83, 0xEC, 0x28});
-  EXPECT_EQ(d.text, "int   3");
   EXPECT_EQ(d.length, 1u);
   EXPECT_EQ(last_immediate(), 0x10u) << "a breakpoint byte leaves the last immediate alone";
-  EXPECT_EQ(decode({0xCC, 0xCC, 0xCC}).text, "int   3");
-}
-
-TEST(DisassemblerLines, UnknownBytesGiveTheDbLineOfLengthOne) {
   const Decoded vex = decode({0xC5, 0xF8, 0x58, 0xC1, 0x90, 0x90});
   EXPECT_EQ(vex.text, "db     c5,f8,58,c1,90");
-  EXPECT_EQ(vex.length, 1u);
   EXPECT_EQ(last_immediate(), 0u);
-  EXPECT_EQ(decode({0xC4, 0xE2, 0x79, 0x17, 0xC1}).length, 1u);
-  EXPECT_EQ(decode({0x0F, 0x05}).text, "db     0f,05,00,00,00");  // syscall has no row
-}
-
-TEST(DisassemblerLines, CallTargetIsTheAbsoluteAddressInHex) {
-  EXPECT_EQ(decode({0xE8, 0x10, 0x00, 0x00, 0x00}, 0x140001000).text, "call       140001015");
-  EXPECT_EQ(decode({0xE8, 0xFB, 0xFF, 0xFF, 0xFF}, 0x140001000).text, "call       140001000");
-  EXPECT_EQ(decode({0xEB, 0xFE}, 0x7FF612340000).text, "jmp       7ff612340000");
 }
 
 TEST(DisassemblerSources, ReadsOwnAddressSpaceWithoutAProcess) {

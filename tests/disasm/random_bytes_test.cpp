@@ -1,5 +1,6 @@
-// Arbitrary bytes never break the decoder: every window gives a well-formed line and a
-// length within the window. (tests/fuzz runs the same check far longer.)
+// Arbitrary bytes never break the decoder: every window gives a well-formed line. (The
+// fuzz target, also run by ctest as disasm.fuzz_random, checks lengths and the opcode
+// index far longer.)
 #include <gtest/gtest.h>
 
 #include <random>
@@ -55,24 +56,6 @@ TEST(RandomBytes, EveryWindowGivesAWellFormedLine) {
     expect_well_formed(window, text, length);
     if (HasFatalFailure()) return;
   }
-}
-
-TEST(RandomBytes, AWalkThroughRandomCodeAdvancesEveryStep) {
-  std::mt19937 random(99);
-  std::vector<std::uint8_t> code(4096 + 16);
-  for (std::uint8_t& b : code) b = static_cast<std::uint8_t>(random());
-  Address address = reinterpret_cast<std::uintptr_t>(code.data());
-  const Address end = address + 4096;
-  std::string text;
-  int steps = 0;
-  while (address < end) {
-    const Address before = address;
-    disassemble(text, address);
-    ASSERT_GT(address, before);
-    ASSERT_LE(address, before + 16);
-    ++steps;
-  }
-  EXPECT_GT(steps, 4096 / 16);
 }
 
 }  // namespace

@@ -97,18 +97,17 @@ class DataViewTest : public ::testing::Test {
   DataViewSource source;
 };
 
+// Variables, array elements and members as a session shows them are compared whole in
+// tests/e2e/cases/script_session.case; these are the parts it does not see.
 TEST_F(DataViewTest, VariablesOfAFrame) {
   std::string routine;
   std::vector<ui::variable_row> rows;
   ASSERT_TRUE(variables_of_frame(source, 0, routine, rows));
-  EXPECT_EQ(routine, "WORK");
   ASSERT_EQ(rows.size(), 4u);
-  EXPECT_EQ(rows[0].name, "N");
-  EXPECT_EQ(rows[0].value, "12");
   EXPECT_EQ(rows[1].value, "INTEGER*2 (2,0:2)");
   EXPECT_EQ(rows[2].value, "100");
   EXPECT_TRUE(rows[2].is_parameter);
-  EXPECT_EQ(rows[3].value, "TYPE(CELL)");
+  EXPECT_FALSE(rows[0].is_parameter);
   EXPECT_FALSE(variables_of_frame(source, 1, routine, rows));
 }
 
@@ -119,8 +118,6 @@ TEST_F(DataViewTest, ArrayElementsFirstSubscriptFastestFromOneRead) {
   EXPECT_EQ(target.system.counters.reads - reads, 1u);
   EXPECT_TRUE(contents.fortran);
   ASSERT_EQ(contents.elements.size(), 6u);
-  EXPECT_EQ(contents.elements[1].subscripts, (std::vector<long long>{2, 0}));
-  EXPECT_EQ(contents.elements[1].value, "2");
   EXPECT_EQ(contents.elements[2].subscripts, (std::vector<long long>{1, 1}));
   EXPECT_EQ(contents.elements[5].value, "6");
 
@@ -141,8 +138,6 @@ TEST_F(DataViewTest, StructureMembersInspectorWatchesAndRegisters) {
   ui::structure_contents members;
   structure_contents_of(source, 0, "cell1", members);
   ASSERT_EQ(members.members.size(), 2u);
-  EXPECT_EQ(members.members[0].name, "W");
-  EXPECT_EQ(members.members[0].value, "0.25");
   EXPECT_EQ(members.members[1].value, "8");
   ui::structure_contents not_one;
   structure_contents_of(source, 0, "n", not_one);

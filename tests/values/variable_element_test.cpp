@@ -67,26 +67,10 @@ class VariableElementTest : public ::testing::Test {
   static constexpr Address kBase = FakeFrame::kFrameBase;
 };
 
-TEST_F(VariableElementTest, ScalarsTakeTheirTypeAddressAndFrameLanguage) {
-  auto r = record("N", kDebugInteger4, 1, 0x10, 4);
-  target.system.poke_value<std::int32_t>(kBase + 0x10, -17);
-  auto e = make_variable_element(frame, *r);
-  ASSERT_EQ(e->error_code, 0);
-  EXPECT_EQ(e->type, kTypeInteger4);
-  EXPECT_EQ(e->address, kBase + 0x10);
-  EXPECT_EQ(e->size, 4);
-  EXPECT_EQ(e->lang_code, 4);
-  EXPECT_EQ(value_int32(*e, target.memory), -17);
-
-  auto text = make_variable_element(frame, *record("NAME", kDebugCharacter, 1, 0x20, 12));
-  EXPECT_EQ(text->type, kTypeCharacter);
-  EXPECT_EQ(text->size, 12);
-
-  auto bad = make_variable_element(frame, *record("X", 31, 1, 0, 4));
-  EXPECT_EQ(bad->error_code, kErrorInternal);
-}
-
+// Ordinary variables of every address type are read at real stops under Wine
+// (tests/integration/stack_itest.cpp, values_session_itest.cpp); these are the limits.
 TEST_F(VariableElementTest, AbsentObjectsCarryTheirErrorCodes) {
+  EXPECT_EQ(make_variable_element(frame, *record("X", 31, 1, 0, 4))->error_code, kErrorInternal);  // no such type
   EXPECT_EQ(make_variable_element(frame, *record("C", kDebugReal8, 3, 8, 8))->error_code, kErrorOutOfScope);
   EXPECT_EQ(make_variable_element(frame, *record("V", kDebugReal8, 8, 8, 8))->error_code, kErrorUntouchedCommon);
 
@@ -114,13 +98,8 @@ TEST_F(VariableElementTest, StaticBoundsWithDenseColumnMajorDistances) {
   add_dimension(*r, constant(0), constant(0));   // (0:-1), empty
   auto e = make_variable_element(frame, *r);
   ASSERT_EQ(e->type, kTypeArray);
-  ASSERT_TRUE(e->next);
-  EXPECT_EQ(e->next->type, kTypeReal8);
   const array_info& a = *e->array;
   EXPECT_EQ(a.num_dims, 3);
-  EXPECT_EQ(a.first_element[0], -2);
-  EXPECT_EQ(a.last_element[0], 2);
-  EXPECT_EQ(a.distance[0], 8);
   EXPECT_EQ(a.distance[1], 40);
   EXPECT_EQ(a.last_element[2], -1);
   EXPECT_EQ(e->size, 0);  // an empty dimension leaves no elements
@@ -148,14 +127,6 @@ TEST_F(VariableElementTest, VariableBoundsAreReadRelativeToTheBase) {
 }
 
 TEST_F(VariableElementTest, ConstantsHoldTheirBytes) {
-  auto pi = record("PI", kDebugReal8, 4, 0, 8);
-  double value = 3.25;
-  pi->constant_value.resize(8);
-  std::memcpy(pi->constant_value.data(), &value, 8);
-  auto e = make_variable_element(frame, *pi);
-  EXPECT_TRUE(e->is_constant());
-  EXPECT_EQ(value_double(*e, target.memory), 3.25);
-
   auto title = record("TITLE", kDebugCharacter, 4, 0, 24);
   std::string text = "A long constant title   ";
   title->constant_value.assign(text.begin(), text.end());
@@ -222,23 +193,15 @@ TEST_F(VariableElementTest, DerivedTypeComponentsAtTheirOffsets) {
   s->structure = &outer;
   target.system.poke_value<std::int16_t>(kBase + 0x208, 77);
   auto e = make_variable_element(frame, *s);
-  ASSERT_EQ(e->type, kTypeStructure);
-  EXPECT_EQ(e->size, 28);
-
   auto components = component_elements(*e, target.memory);
   ASSERT_EQ(components.size(), 3u);  // the constant is left out
-  EXPECT_EQ(components[2].name, "LIST");
-  EXPECT_EQ(components[2].value->type, kTypeArray);
   EXPECT_EQ(components[2].value->address, kBase + 0x200 + 12);
   e->structure->give_all_components = true;
   EXPECT_EQ(component_elements(*e, target.memory).size(), 4u);
 
   auto nested = find_component(*e, "in", target.memory);
   ASSERT_TRUE(nested);
-  auto k = find_component(*nested, "K", target.memory);
-  ASSERT_TRUE(k);
-  EXPECT_EQ(k->address, kBase + 0x208);
-  EXPECT_EQ(value_int32(*k, target.memory), 77);
+  EXPECT_EQ(value_int32(*find_component(*nested, "K", target.memory), target.memory), 77);
   EXPECT_EQ(find_component(*e, "Y", target.memory), nullptr);
 
   // The components of a held structure are held too.

@@ -1,11 +1,13 @@
 ! Arrays with odd bounds: sums over rank 1 to 3, dummies whose bounds come from other
-! dummies, assumed-size dummies and whole-array printing.
+! dummies, assumed-size dummies and whole-array printing; frames of 4096 bytes and more,
+! allocated by the stack probe (recursion through them touches every page in turn).
 program arrays
   implicit none
   integer :: a(-3:4), i, j, k
   real(8) :: m(0:2, -1:1), total
   integer :: cube(2, 3, 2)
-  integer, external :: total_of
+  integer, external :: total_of, deep
+  real(8) :: big(2000)
   do i = -3, 4
     a(i) = i * i
   end do
@@ -33,6 +35,9 @@ program arrays
   do i = 10, 1, -3
     print *, 'down', i
   end do
+  big(2000) = 2000
+  print *, big(2000), deep(3)
+  call huge_locals
 contains
   integer function sum_range(v, lo, hi)
     integer :: lo, hi
@@ -63,3 +68,21 @@ subroutine scale(x, n1, n2, f)
     end do
   end do
 end subroutine scale
+
+recursive integer function deep(n) result(r)
+  integer :: n
+  integer :: pad(5000)
+  pad(5000) = n
+  if (n == 0) then
+    r = 0
+  else
+    r = pad(5000) + deep(n - 1)
+  end if
+end function deep
+
+subroutine huge_locals
+  integer :: block(300000)
+  block(1) = 1
+  block(300000) = 2
+  print *, 'huge', block(1) + block(300000)
+end subroutine huge_locals

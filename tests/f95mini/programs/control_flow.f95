@@ -1,5 +1,6 @@
 ! IF/ELSE IF/ELSE, logical IF, DO WHILE, DO forever with EXIT, named loops with CYCLE and
-! EXIT, RETURN, WRITE(*,*), and comparisons in both spellings.
+! EXIT, RETURN, WRITE(*,*), and comparisons in both spellings; last, a DO increment that
+! is 0 at run time (error 14).
 program control_flow
   implicit none
   integer :: i, j, n
@@ -37,6 +38,10 @@ program control_flow
   flags(3) = .not. flags(2) .and. flags(1)
   print *, flags
   print *, classify(5), classify(-5)
+  n = 0
+  do i = 1, 10, n
+    print *, 'never'
+  end do
 contains
   integer function classify(v)
     integer :: v

@@ -1,4 +1,5 @@
-! Integer, real and logical kinds, literal kind suffixes, conversions and intrinsics.
+! Integer, real, logical and complex kinds, literal kind suffixes, conversions, mixed
+! arithmetic and intrinsics.
 program kinds
   implicit none
   integer(1) :: i1
@@ -12,6 +13,9 @@ program kinds
   logical :: l4
   logical*8 :: l8
   integer, parameter :: big = 2147483647
+  complex :: z, w
+  complex(8) :: d
+  complex*16 :: e
   i1 = 127
   i1 = i1 + 1_1
   i2 = -32768
@@ -32,4 +36,14 @@ program kinds
   print *, l1, l4, l8, l1 .eqv. l4, l1 .neqv. l4
   print *, 7 / 2, -7 / 2, 7.0 / 2
   print *, 1.5e10, 1.0e-5, 123456789.0_8, -0.0
+  z = (1.0, 2.0)
+  w = (3.0, -1.0)
+  print *, z + w, z - w, z * w, z / w
+  print *, 2 * z, z + 1.5, z ** 3, cmplx(2, 3)
+  d = (0.5d0, 0.25d0)
+  e = d * d + (1, 1)
+  print *, e, real(e), aimag(e), conjg(z), abs((3.0, 4.0))
+  if (z == (1.0, 2.0) .and. z /= w) print *, 'equal and different'
+  d = z
+  print *, d
 end program kinds

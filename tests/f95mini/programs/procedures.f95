@@ -1,5 +1,6 @@
 ! Procedure arguments between Fortran routines, functions of every result kind, RESULT
-! names, and arrays of rank 7 and of strings and logicals.
+! names, recursion, arrays of rank 7 and of strings and logicals; last, a call to a
+! routine that no file defines (error 29 with the routine's name).
 module geometry
   type vec
     real :: x, y
@@ -15,7 +16,7 @@ end module geometry
 program procedures
   use geometry
   implicit none
-  external twice, thrice
+  external twice
   real(8), external :: integrate
   real(8), external :: parabola
   complex, external :: rotate
@@ -24,9 +25,9 @@ program procedures
   character(len=3) :: words(3)
   logical :: bits(4)
   type(vec) :: u, v
+  integer(8) :: big
   i = 5
   call apply(twice, i)
-  call apply(thrice, i)
   print *, 'applied', i
   print *, 'integral', integrate(parabola, 0.0d0, 3.0d0, 300)
   print *, rotate((1.0, 0.0)), label(42)
@@ -50,6 +51,23 @@ program procedures
   bits = .false.
   bits(3) = .true.
   print *, words, bits
+  big = 1
+  do i = 1, 20
+    big = big * i
+  end do
+  print *, 'factorial', fact(0), fact(6), '20! =', big
+  call not_linked_anywhere(big)
+  print *, 'never'
+contains
+  recursive function fact(n) result(r)
+    integer, intent(in) :: n
+    integer :: r
+    if (n <= 1) then
+      r = 1
+    else
+      r = n * fact(n - 1)
+    end if
+  end function fact
 end program procedures
 
 subroutine apply(f, n)
@@ -62,11 +80,6 @@ subroutine twice(n)
   integer :: n
   n = 2 * n
 end subroutine twice
-
-subroutine thrice(n)
-  integer :: n
-  n = 3 * n
-end subroutine thrice
 
 real(8) function integrate(f, a, b, steps)
   real(8), external :: f

@@ -1,5 +1,6 @@
 ! CHARACTER: assignment with padding and cutting, concatenation, substrings, comparison,
-! LEN, LEN_TRIM, TRIM, CHAR/ICHAR, CHARACTER(*) dummies and a CHARACTER function.
+! LEN, LEN_TRIM, TRIM, CHAR/ICHAR, CHARACTER(*) dummies and a CHARACTER function; last,
+! CHAR of a value outside 0-255 (error 15, checked in every build).
 program strings
   implicit none
   character(len=8) :: a
@@ -27,6 +28,9 @@ program strings
   call shout('quiet', i)
   print *, 'length passed', i
   print *, initials('John', 'Smith')
+  i = 300
+  a = char(i)
+  print *, 'never'
 contains
   subroutine shout(s, n)
     character(len=*) :: s

@@ -1,6 +1,7 @@
-! DATA statements, initialised declarations, SAVE (also SAVE of a whole routine) and
-! PARAMETER constants of several types.
-program data_save
+! Static data: DATA statements, initialised declarations, SAVE (also of a whole routine),
+! PARAMETER constants of several types, and COMMON blocks (named and blank) declared with
+! other member names and a larger size in one routine; last, STOP 'text' (error 345).
+program static_data
   implicit none
   integer, parameter :: n = 3
   real(8), parameter :: pi = 3.14159265358979d0
@@ -13,6 +14,11 @@ program data_save
   data table /10, 20, 30/
   data weights /4 * 0.25/, code /'ab'/
   integer :: counter = 7
+  integer :: k
+  real(8) :: values(3)
+  common /state/ k, values
+  real :: shared
+  common shared
   print *, title, n, pi, on, unit
   print *, table, weights, '[', code, ']', counter
   do i = 1, 3
@@ -20,7 +26,14 @@ program data_save
   end do
   call remembers
   call remembers
-end program data_save
+  k = 3
+  values = 0
+  shared = 2.5
+  call fill
+  call report
+  print *, 'main sees', k, values, shared
+  stop 'Negative input'
+end program static_data
 
 subroutine tally(k)
   integer :: k
@@ -41,3 +54,25 @@ subroutine remembers
   last = last * 2
   print *, 'visits', visits, last
 end subroutine remembers
+
+subroutine fill
+  integer :: count
+  real(8) :: v(3), extra
+  common /state/ count, v, extra
+  integer :: i
+  do i = 1, count
+    v(i) = i * 1.25d0
+  end do
+  extra = -1
+  count = count + 1
+end subroutine fill
+
+subroutine report
+  integer :: k
+  real(8) :: w(4)
+  common /state/ k, w
+  real :: s
+  common // s
+  print *, 'report', k, w(4), s
+  s = s * 2
+end subroutine report
