@@ -206,9 +206,10 @@ std::string design_class(const Listed& item, const std::string& family) {
   const bool rex = at < bytes.size() && bytes[at] >> 4 == 4;
   if (lock && rex && (bytes[at] & 3)) return "lock prefix before a REX with X or B (that REX is not read)";
   if (lock) return "lock prefix on a form without a locked row";
-  // No compiler puts a REX on a short jump; objdump meets these where its linear sweep
-  // reads data between routines.
-  if (rex && at + 1 < bytes.size() && (bytes[at + 1] >> 4) == 7) return "REX before a short jump (data read as code)";
+  // No compiler puts a REX on a short jump or an INT n; objdump meets these where its
+  // linear sweep reads data between routines.
+  if (rex && at + 1 < bytes.size() && ((bytes[at + 1] >> 4) == 7 || bytes[at + 1] == 0xCD))
+    return "REX before a short jump or INT n (data read as code)";
   if (segment) return "segment override (only loads through GS have rows)";
   if (address_size) return "address-size prefix (32-bit address registers have no names)";
   if (bytes[0] == 0x9B && bytes.size() > 1) return "wait that objdump joins to the x87 instruction after it";
