@@ -23,6 +23,9 @@ class SymbolStreamTest : public ModuleTest {
   }
 };
 
+// Records as the test compiler writes them are read at real stops under Wine
+// (tests/integration/stack_itest.cpp, values_session_itest.cpp); these are the shapes it
+// does not write and the damage a reader must survive.
 TEST_F(SymbolStreamTest, VariableRecordsKeepEveryField) {
   VariableSpec count = VariableSpec::at("COUNT", 1, kDebugInteger4, 0xFFFFFFF0, 4);
   count.first_word = 0x11;
@@ -34,31 +37,11 @@ TEST_F(SymbolStreamTest, VariableRecordsKeepEveryField) {
   EXPECT_TRUE(entry.symbols_loaded);
   ASSERT_EQ(symbols.variable_count(), 2);
   const VariableRecord& v = *symbols.variable(0);
-  EXPECT_EQ(v.name, "COUNT");
   EXPECT_EQ(v.first_word, 0x11u);
-  EXPECT_EQ(v.address_type(), 1u);
-  EXPECT_EQ(v.type_code(), static_cast<std::uint32_t>(kDebugInteger4));
   EXPECT_EQ(v.attributes(), kAttributeTarget | kAttributeDummy);
   EXPECT_EQ(v.address_value, 0xFFFFFFF0u);
-  EXPECT_EQ(v.size, 4u);
   EXPECT_EQ(v.extra_word, 0x22u);
-  EXPECT_FALSE(v.has_array_descriptor());
-  EXPECT_EQ(v.array, nullptr);
   EXPECT_EQ(symbols.variable_by_name("x")->address_type(), 9u);
-}
-
-TEST_F(SymbolStreamTest, ConstantsKeepTheirValueBytes) {
-  routine()
-      .variable(VariableSpec::constant_of("PI", kDebugReal8, 3.25))
-      .variable(VariableSpec::at("AFTER", 1, kDebugInteger4, 8, 4));
-  F95SymbolTable& symbols = symbols_of(load_routine());
-  ASSERT_EQ(symbols.variable_count(), 2);
-  const VariableRecord& pi = *symbols.variable(0);
-  ASSERT_EQ(pi.constant_value.size(), 8u);
-  double value;
-  std::memcpy(&value, pi.constant_value.data(), 8);
-  EXPECT_EQ(value, 3.25);
-  EXPECT_EQ(symbols.variable(1)->name, "AFTER");
 }
 
 TEST_F(SymbolStreamTest, StaticArrayDescriptorKeepsKindsValuesAndFourthSlots) {

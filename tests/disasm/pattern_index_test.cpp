@@ -30,26 +30,6 @@ void expect_same_decode(const std::uint8_t* window) {
   ASSERT_EQ(indexed_text, linear_text) << bytes;
 }
 
-TEST(PatternIndexKeys, RowsAreFiledUnderTheirOpcodes) {
-  auto keys = [](const char* bits) { return PatternIndex::keys_of_row(bits); };
-  EXPECT_EQ(keys("1110 1000 k").count(), 1u);
-  EXPECT_TRUE(keys("1110 1000 k").test(0xE8));
-  const auto push = keys("0100 000R 0101 0RRR");
-  EXPECT_EQ(push.count(), 8u);
-  for (unsigned v = 0x50; v <= 0x57; ++v) EXPECT_TRUE(push.test(v));
-  EXPECT_EQ(keys("0000 1111 1000 0100 k").count(), 1u);
-  EXPECT_TRUE(keys("0000 1111 1000 0100 k").test(256 + 0x84));
-  const auto movsd = keys("1111 0010  0100 0X0x  0000 1111  0001 0000  11XXXxxx");
-  EXPECT_EQ(movsd.count(), 1u);
-  EXPECT_TRUE(movsd.test(256 + 0x10));
-  // A shift row covers C0/C1, D0/D1 and D2/D3 (and the RET bytes, which come first).
-  const auto shift = keys("0100 000R  110N 00C1  11100RRR  I");
-  EXPECT_EQ(shift.count(), 4u);
-  EXPECT_TRUE(shift.test(0xC1) && shift.test(0xD1) && shift.test(0xD3) && shift.test(0xC3));
-  EXPECT_TRUE(keys("1100 0101  dvvv vP01  0101 1000  mmXXXmmm").none());
-  EXPECT_TRUE(keys("1101 1001  1100 0SSS").none());
-}
-
 TEST(PatternIndexKeys, EveryRowIsFiledUnderTheKeyOfEachOfItsSamples) {
   testing::RowSampler sampler(7);
   for (std::size_t row = 0; row < rows().size(); ++row) {

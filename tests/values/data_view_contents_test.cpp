@@ -8,62 +8,19 @@
 #include "debuginfo/symbol_table.h"
 #include "process/debugged_process.h"
 #include "support/fake_target.h"
-#include "values/variable_element.h"
+#include "values/record_frame.h"
 
 namespace vantor {
 namespace {
 
-// A Fortran frame whose locals live at frame base + value and whose symbols are a table.
-class TableFrame : public StackFrame {
- public:
-  TableFrame(DebuggedProcess* process, F95SymbolTable& table)
-      : StackFrame(process, 0x401000, kFrameBase, 0, 0, nullptr), table_(table) {}
-  std::string routine_name() const override { return "WORK"; }
-  int language_code() const override { return 4; }
-  int variable_count() override { return table_.variable_count(); }
-  const VariableRecord* variable_record(int index) override { return table_.variable(index); }
-  std::unique_ptr<element> variable_element(int index) override {
-    const VariableRecord* r = table_.variable(index);
-    return r ? make_variable_element(*this, *r) : nullptr;
-  }
-  std::unique_ptr<element> find_variable(std::string_view name) override {
-    const VariableRecord* r = table_.variable_by_name(name);
-    return r ? make_variable_element(*this, *r) : nullptr;
-  }
-  VariableAddress variable_address(std::uint32_t type, std::uint64_t value, const VariableRecord*, Address base) override {
-    VariableAddress where;
-    if (type == 1) where.address = where.base = frame_base + value;
-    else if (type == 0) where.address = where.base = base + value;
-    else where.error = 34;
-    return where;
-  }
-  static constexpr Address kFrameBase = 0x70000;
-
- private:
-  F95SymbolTable& table_;
-};
-
-std::unique_ptr<VariableRecord> record(const std::string& name, std::uint32_t type, std::uint32_t address_type,
-                                       std::uint64_t value, std::uint32_t size) {
-  auto r = std::make_unique<VariableRecord>();
-  r->name = name;
-  r->descriptor = address_type | (type << 4);
-  r->address_value = value;
-  r->size = size;
-  return r;
-}
-
-void dimension(VariableRecord& r, std::int64_t lower, std::int64_t extent, std::int64_t stride) {
-  if (!r.array) r.array = std::make_unique<ArrayDescriptorRecord>();
-  r.descriptor |= 1u << 9;
-  r.array->dimensions[static_cast<std::size_t>(r.array->rank++)].bounds = {
-      ArrayBound{kBoundConstant, lower}, ArrayBound{kBoundConstant, extent}, ArrayBound{kBoundConstant, stride}};
-}
+using testing::add_dimension;
+using testing::constant;
+using testing::record;
 
 class DataViewTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    constexpr Address b = TableFrame::kFrameBase;
+    constexpr Address b = testing::RecordFrame::kFrameBase;
     target.system.poke_value<std::int32_t>(b, 12);
     for (int i = 0; i < 6; ++i) target.system.poke_value<std::int16_t>(b + 0x10 + 2 * i, static_cast<std::int16_t>(i + 1));
     target.system.poke_value<double>(b + 0x40, 0.25);
@@ -71,8 +28,8 @@ class DataViewTest : public ::testing::Test {
 
     table.add_variable(record("N", kDebugInteger4, 1, 0, 4));
     auto grid = record("GRID", kDebugInteger2, 1, 0x10, 2);
-    dimension(*grid, 1, 2, 2);
-    dimension(*grid, 0, 3, 4);
+    add_dimension(*grid, constant(1), constant(2), constant(2));
+    add_dimension(*grid, constant(0), constant(3), constant(4));
     table.add_variable(std::move(grid));
     auto limit = record("LIMIT", kDebugInteger4, 4, 0, 4);
     limit->constant_value = {100, 0, 0, 0};
@@ -92,7 +49,7 @@ class DataViewTest : public ::testing::Test {
   DebuggedProcess process;
   F95SymbolTable table;
   DerivedTypeRecord type;
-  TableFrame frame{&process, table};
+  testing::RecordFrame frame{&process, &table};
   os::ThreadContext registers;
   DataViewSource source;
 };

@@ -8,63 +8,21 @@
 #include "process/debugged_process.h"
 #include "support/fake_target.h"
 #include "values/error_codes.h"
+#include "values/record_frame.h"
 
 namespace vantor {
 namespace {
 
-// A frame whose locals (address type 1) live at frame base + value; callers' variables
-// (type 3) are out of scope and COMMON (type 8) was never touched.
-class FakeFrame : public StackFrame {
- public:
-  explicit FakeFrame(DebuggedProcess* process) : StackFrame(process, 0x401000, kFrameBase, 0, 0, nullptr) {}
-  std::string routine_name() const override { return "TEST"; }
-  int language_code() const override { return 4; }
-  VariableAddress variable_address(std::uint32_t address_type, std::uint64_t value, const VariableRecord*,
-                                   Address base) override {
-    VariableAddress where;
-    switch (address_type) {
-      case 0: where.address = where.base = base + value; break;
-      case 1: where.address = where.base = frame_base + value; break;
-      case 11: {
-        std::uint64_t data = 0;
-        process->read(frame_base + value, &data, 8);
-        where.address = data;
-        where.base = frame_base + value;
-        break;
-      }
-      case 8: where.error = 38; break;
-      default: where.error = 34; break;
-    }
-    return where;
-  }
-  static constexpr Address kFrameBase = 0x70000;
-};
-
-std::unique_ptr<VariableRecord> record(const std::string& name, std::uint32_t debug_type, std::uint32_t address_type,
-                                       std::uint64_t value, std::uint32_t size, std::uint32_t attributes = 0) {
-  auto r = std::make_unique<VariableRecord>();
-  r->name = name;
-  r->descriptor = address_type | (debug_type << 4) | attributes;
-  r->address_value = value;
-  r->size = size;
-  return r;
-}
-
-void add_dimension(VariableRecord& r, ArrayBound start, ArrayBound extent, ArrayBound stride = {}) {
-  if (!r.array) r.array = std::make_unique<ArrayDescriptorRecord>();
-  r.descriptor |= 1u << 9;
-  r.array->dimensions[static_cast<std::size_t>(r.array->rank)].bounds = {start, extent, stride};
-  ++r.array->rank;
-}
-
-ArrayBound constant(std::int64_t v) { return {kBoundConstant, v}; }
+using testing::add_dimension;
+using testing::constant;
+using testing::record;
 
 class VariableElementTest : public ::testing::Test {
  protected:
   testing::FakeTarget target;
   DebuggedProcess process;
-  FakeFrame frame{&process};
-  static constexpr Address kBase = FakeFrame::kFrameBase;
+  testing::RecordFrame frame{&process};
+  static constexpr Address kBase = testing::RecordFrame::kFrameBase;
 };
 
 // Ordinary variables of every address type are read at real stops under Wine
