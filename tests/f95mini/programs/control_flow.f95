@@ -1,5 +1,5 @@
 ! IF/ELSE IF/ELSE, logical IF, DO WHILE, DO forever with EXIT, named loops with CYCLE and
-! EXIT, RETURN, WRITE(*,*), and comparisons in both spellings; last, a DO increment that
+! EXIT, RETURN, CONTINUE, WRITE(*,*) and WRITE(6,*), and comparisons in both spellings; last, a DO increment that
 ! is 0 at run time (error 14).
 program control_flow
   implicit none
@@ -14,7 +14,8 @@ program control_flow
     n = n - 1
     if (n .le. 3) exit
   end do
-  write (*, *) 'n now', n
+  write (6, *) 'n now', n
+  continue
   outer: do i = 1, 3
     inner: do j = 1, 3
       if (j == 2) cycle inner

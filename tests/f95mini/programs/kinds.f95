@@ -1,5 +1,5 @@
 ! Integer, real, logical and complex kinds, literal kind suffixes, conversions, mixed
-! arithmetic and intrinsics.
+! arithmetic and intrinsics (the elementary functions too).
 program kinds
   implicit none
   integer(1) :: i1
@@ -10,10 +10,11 @@ program kinds
   real*8 :: r8
   double precision :: dp
   logical(1) :: l1
+  logical(2) :: l2
   logical :: l4
   logical*8 :: l8
   integer, parameter :: big = 2147483647
-  complex :: z, w
+  complex*8 :: z, w
   complex(8) :: d
   complex*16 :: e
   i1 = 127
@@ -33,9 +34,12 @@ program kinds
   l1 = .true.
   l4 = .not. l1
   l8 = l1 .and. .not. l4
-  print *, l1, l4, l8, l1 .eqv. l4, l1 .neqv. l4
+  l2 = l8
+  print *, l1, l2, l4, l8, l1 .eqv. l4, l1 .neqv. l4
   print *, 7 / 2, -7 / 2, 7.0 / 2
   print *, 1.5e10, 1.0e-5, 123456789.0_8, -0.0
+  print *, exp(0.0), log(1.0d0), sin(0.0), cos(0.0), tan(0.0), atan(1.0d0) * 4, float(3), kind(1_8)
+  print *, achar(72), iachar('A')
   z = (1.0, 2.0)
   w = (3.0, -1.0)
   print *, z + w, z - w, z * w, z / w

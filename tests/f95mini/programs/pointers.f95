@@ -1,5 +1,5 @@
 ! POINTER and ALLOCATABLE: allocatable arrays of rank 1 and 2 with odd bounds, pointers
-! to scalars and arrays, ALLOCATED/ASSOCIATED, DEALLOCATE and NULLIFY.
+! to scalars and arrays, ALLOCATED/ASSOCIATED, DEALLOCATE, NULLIFY and => NULL().
 program pointers
   implicit none
   real(8), allocatable :: grid(:,:)
@@ -37,7 +37,7 @@ program pointers
   cell = 2.5
   print *, cell
   deallocate(cell)
-  nullify(p)
+  p => null()
   print *, associated(p), associated(cell)
   deallocate(list)
   print *, allocated(list)

@@ -9,7 +9,7 @@ program static_data
   logical, parameter :: on = .true.
   complex, parameter :: unit = (0.0, 1.0)
   integer :: table(n), i
-  real :: weights(2, 2)
+  real, dimension(2, 2) :: weights
   character(len=4) :: code
   data table /10, 20, 30/
   data weights /4 * 0.25/, code /'ab'/
