@@ -1,5 +1,5 @@
 ! Internal procedures reaching their host's locals, dummies, pointers and statics;
-! siblings calling each other with the host's link.
+! siblings calling each other with the host's link; STOP 3 ends the program with status 3.
 program host_association
   implicit none
   integer :: level
@@ -11,6 +11,7 @@ program host_association
   call outer(4)
   print *, 'level', level, 'calls', calls, buffer
   call worker(level, calls)
+  stop 3
 contains
   subroutine outer(depth)
     integer :: depth

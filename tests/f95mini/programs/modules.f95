@@ -1,5 +1,5 @@
 ! Module variables, constants, types and procedures; USE with ONLY; module procedures
-! calling each other; a module using another module.
+! calling each other; a module using another module; STOP.
 module counters
   implicit none
   integer, parameter :: limit = 5
@@ -45,4 +45,5 @@ program modules
   scale = 2
   call report
   print *, history, limit
+  stop
 end program modules

@@ -1,4 +1,5 @@
-! Static data: DATA statements, initialised declarations, SAVE (also of a whole routine),
+! Static data: DATA statements (whole arrays and elements), initialised declarations
+! (scalars, broadcast, array constructors), SAVE (also of a whole routine),
 ! PARAMETER constants of several types, and COMMON blocks (named and blank) declared with
 ! other member names and a larger size in one routine; last, STOP 'text' (error 345).
 program static_data
@@ -11,16 +12,17 @@ program static_data
   integer :: table(n), i
   real, dimension(2, 2) :: weights
   character(len=4) :: code
-  data table /10, 20, 30/
+  data table(1), table(3) /10, 30/, table(2) /20/
   data weights /4 * 0.25/, code /'ab'/
-  integer :: counter = 7
+  integer :: counter = 7, primes(3) = (/ 2, 3, 5 /)
+  real :: halves(2) = 0.5
   integer :: k
   real(8) :: values(3)
   common /state/ k, values
   real :: shared
   common shared
   print *, title, n, pi, on, unit
-  print *, table, weights, '[', code, ']', counter
+  print *, table, weights, '[', code, ']', counter, primes, halves
   do i = 1, 3
     call tally(i)
   end do
