@@ -23,63 +23,41 @@ class BreakpointListTest : public ::testing::Test {
   BreakpointList list{host, slots};
 };
 
-TEST_F(BreakpointListTest, IdsStartAtOneAndAreSharedWithDataBreakpoints) {
+TEST_F(BreakpointListTest, IdsAreSharedWithDataBreakpointsWhoseRecordsComeFirst) {
   EXPECT_EQ(list.set_breakpoint("loop.f95", 10, 1, 1, ""), 1);
   EXPECT_EQ(list.set_hardware_slot(kAccessWrite, kSlotDataBreakpoint, 0x5000, 4), 0);
-  EXPECT_EQ(list.set_breakpoint("loop.f95", 11, 1, 1, ""), 3);
-  // The data breakpoint's record is at the head, code records in the order made.
+  EXPECT_EQ(list.set_breakpoint("loop.f95", 11, 1, 1, "  i == 4 \t"), 3);
   ASSERT_EQ(list.count(), 3);
   EXPECT_EQ(list.breakpoint(0)->id, 2u);
   EXPECT_TRUE(list.breakpoint(0)->is_data());
   EXPECT_EQ(list.breakpoint(0)->line, 0);  // the slot
-  EXPECT_EQ(list.breakpoint(0)->length, 4u);
   EXPECT_EQ(list.breakpoint(1)->id, 1u);
-  EXPECT_EQ(list.breakpoint(2)->id, 3u);
+  EXPECT_EQ(list.breakpoint(2)->condition, "i == 4");
   EXPECT_EQ(list.breakpoint(3), nullptr);
-  // A return watch or execution slot makes no record.
+  // A return watch or execution slot makes no record; a line without code, no breakpoint.
   EXPECT_EQ(list.set_hardware_slot(kAccessUse, kSlotReturnWatch, 0x7ff0, 8), 1);
+  EXPECT_EQ(list.set_breakpoint("loop.f95", 12, 1, 1, ""), -1);
+  EXPECT_EQ(list.set_breakpoint("other.f95", 10, 1, 1, ""), -1);
   EXPECT_EQ(list.count(), 3);
 }
 
-TEST_F(BreakpointListTest, LineWithoutCodeIsRefusedAndConditionIsTrimmed) {
-  EXPECT_EQ(list.set_breakpoint("loop.f95", 12, 1, 1, ""), -1);
-  EXPECT_EQ(list.set_breakpoint("other.f95", 10, 1, 1, ""), -1);
-  EXPECT_EQ(list.count(), 0);
-  list.set_breakpoint("loop.f95", 10, 2, 3, "  i == 4 \t");
-  list.set_breakpoint("loop.f95", 11, 1, 1, "   ");
-  EXPECT_EQ(list.breakpoint(0)->condition, "i == 4");
-  EXPECT_EQ(list.breakpoint(0)->address, kLine10);
-  EXPECT_EQ(list.breakpoint(0)->after, 2);
-  EXPECT_EQ(list.breakpoint(0)->every, 3);
-  EXPECT_EQ(list.breakpoint(0)->file, "loop.f95");
-  EXPECT_EQ(list.breakpoint(1)->condition, "");
-}
-
-std::vector<int> stops_in(BreakpointList& list, Address address, int hits) {
-  std::vector<int> stops;
-  for (int hit = 1; hit <= hits; ++hit)
-    if (list.check_breakpoint(address) == kBreakpointStop) stops.push_back(hit);
-  return stops;
-}
-
 TEST_F(BreakpointListTest, HitRuleOfAfterAndEvery) {
-  list.set_breakpoint("loop.f95", 10, 3, 2, "");
-  EXPECT_EQ(stops_in(list, kLine10, 10), (std::vector<int>{3, 5, 7, 9}));
-  EXPECT_EQ(list.breakpoint(0)->hits, 10u);
-  EXPECT_EQ(list.check_breakpoint(0x999), kNoBreakpoint);
-
-  BreakpointList counting{host, slots};
-  counting.set_breakpoint("loop.f95", 10, 0, 1, "");  // after 0 counts and never stops
-  EXPECT_EQ(stops_in(counting, kLine10, 6), std::vector<int>{});
-  EXPECT_EQ(counting.breakpoint(0)->hits, 6u);
-
-  BreakpointList every_hit{host, slots};
-  every_hit.set_breakpoint("loop.f95", 10, 1, 1, "");
-  EXPECT_EQ(stops_in(every_hit, kLine10, 4), (std::vector<int>{1, 2, 3, 4}));
-
-  BreakpointList late{host, slots};
-  late.set_breakpoint("loop.f95", 10, 2, 3, "");
-  EXPECT_EQ(stops_in(late, kLine10, 9), (std::vector<int>{2, 5, 8}));
+  struct Case {
+    std::int32_t after, every;
+    std::vector<int> stops;  // among nine hits
+  };
+  const Case cases[] = {{1, 1, {1, 2, 3, 4, 5, 6, 7, 8, 9}}, {2, 3, {2, 5, 8}}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(::testing::Message() << "after " << c.after << " every " << c.every);
+    BreakpointList counting{host, slots};
+    counting.set_breakpoint("loop.f95", 10, c.after, c.every, "");
+    std::vector<int> stops;
+    for (int hit = 1; hit <= 9; ++hit)
+      if (counting.check_breakpoint(kLine10) == kBreakpointStop) stops.push_back(hit);
+    EXPECT_EQ(stops, c.stops);
+    EXPECT_EQ(counting.breakpoint(0)->hits, 9u);
+    EXPECT_EQ(counting.check_breakpoint(0x999), kNoBreakpoint);
+  }
 }
 
 TEST_F(BreakpointListTest, ConditionDecidesOnlyAStopAndFailureStops) {
@@ -98,13 +76,20 @@ TEST_F(BreakpointListTest, ConditionDecidesOnlyAStopAndFailureStops) {
   EXPECT_EQ(other.check_breakpoint(kLine11), kBreakpointStop);
 }
 
-TEST_F(BreakpointListTest, PlantAndLiftWriteOnlyBreakpointBytes) {
+TEST_F(BreakpointListTest, PlantingAndTheLineTrapSwitchWriteOnlyWhatChanges) {
   list.set_breakpoint("loop.f95", 10, 1, 1, "");
   list.set_hardware_slot(kAccessWrite, kSlotDataBreakpoint, kLine11, 1);  // no code byte for it
   list.plant_breakpoints();
-  EXPECT_TRUE(list.planted());
   EXPECT_EQ(byte_at(kLine10), 0xCC);
   EXPECT_EQ(byte_at(kLine11), 0x90);
+  list.arm_line_traps();
+  EXPECT_EQ(byte_at(kLine11), 0xCC);
+  list.disarm_line_traps();
+  EXPECT_EQ(byte_at(kLine10), 0xCC);  // re-planted after the traps went
+  EXPECT_EQ(byte_at(kLine11), 0x90);
+  std::size_t writes = target.system.counters.writes;
+  list.disarm_line_traps();  // not armed: nothing at all
+  EXPECT_EQ(target.system.counters.writes, writes);
   list.lift_breakpoints();
   EXPECT_FALSE(list.planted());
   EXPECT_EQ(byte_at(kLine10), 0x90);
@@ -112,7 +97,6 @@ TEST_F(BreakpointListTest, PlantAndLiftWriteOnlyBreakpointBytes) {
 
 TEST_F(BreakpointListTest, BreakpointMadeOverOurOwnTrapsSavesTheNoOperation) {
   list.arm_line_traps();
-  EXPECT_EQ(byte_at(kLine10), 0xCC);
   list.set_breakpoint("loop.f95", 10, 1, 1, "");
   EXPECT_EQ(list.breakpoint(0)->saved_byte, 0x90);
   list.disarm_line_traps();
@@ -122,27 +106,12 @@ TEST_F(BreakpointListTest, BreakpointMadeOverOurOwnTrapsSavesTheNoOperation) {
   EXPECT_EQ(byte_at(kLine10), 0x90);
 }
 
-TEST_F(BreakpointListTest, LineTrapSwitchKeepsBreakpointsPlanted) {
-  list.set_breakpoint("loop.f95", 10, 1, 1, "");
-  list.arm_line_traps();
-  EXPECT_TRUE(list.line_traps_armed());
-  EXPECT_EQ(byte_at(kLine11), 0xCC);
-  list.disarm_line_traps();
-  EXPECT_FALSE(list.line_traps_armed());
-  EXPECT_EQ(byte_at(kLine10), 0xCC);  // re-planted after the traps went
-  EXPECT_EQ(byte_at(kLine11), 0x90);
-  std::size_t writes = target.system.counters.writes;
-  list.disarm_line_traps();  // not armed: nothing at all
-  EXPECT_EQ(target.system.counters.writes, writes);
-}
-
 TEST_F(BreakpointListTest, RemoveAndClear) {
   list.set_breakpoint("loop.f95", 10, 1, 1, "");
   list.set_hardware_slot(kAccessWrite, kSlotDataBreakpoint, 0x5000, 8);
   list.set_hardware_slot(kAccessWrite, kSlotDataBreakpoint, 0x5008, 8);
   list.remove_breakpoint(2);
   EXPECT_EQ(slots[0].kind, kSlotFree);
-  EXPECT_EQ(slots[1].kind, kSlotDataBreakpoint);
   list.remove_breakpoint(77);  // unknown: nothing
   EXPECT_EQ(list.count(), 2);
 
@@ -168,7 +137,6 @@ TEST_F(BreakpointListTest, DeferredRequestsResolveWhenTheirModuleLoads) {
   list.add_deferred_breakpoint("dll.f95", 6, 2, 1, "k > 1");
   list.retry_deferred_breakpoints();
   ASSERT_EQ(list.deferred().size(), 2u);
-  EXPECT_EQ(list.count(), 1);
 
   host.add_line("dll.f95", 5, 0x7000010);
   host.add_line("dll.f95", 6, 0x7000020);
@@ -177,7 +145,6 @@ TEST_F(BreakpointListTest, DeferredRequestsResolveWhenTheirModuleLoads) {
   EXPECT_TRUE(list.deferred().empty());
   // Walked from the last request to the first.
   ASSERT_EQ(list.count(), 3);
-  EXPECT_EQ(list.breakpoint(1)->line, 6);
   EXPECT_EQ(list.breakpoint(1)->condition, "k > 1");
   EXPECT_EQ(list.breakpoint(2)->line, 5);
   EXPECT_EQ(byte_at(0x7000010), 0xCC);  // planted at once

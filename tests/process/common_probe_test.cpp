@@ -5,25 +5,16 @@
 #include <cstring>
 
 #include "support/fake_target.h"
+#include "support/scripted_events.h"
 
 namespace vantor {
 namespace {
 
 using os::InMemorySystem;
+using testing::exception_event;
 
 constexpr Address kRoutine = 0x140001000;
 constexpr Address kStack = 0x22F000;
-
-os::DebugEvent exception_event(std::uint32_t code, Address address, std::uint32_t thread = InMemorySystem::kThreadId) {
-  os::DebugEvent event;
-  event.kind = os::kExceptionEvent;
-  event.process_id = InMemorySystem::kProcessId;
-  event.thread_id = thread;
-  event.exception_code = code;
-  event.exception_address = address;
-  event.first_chance = true;
-  return event;
-}
 
 class CommonProbeTest : public ::testing::Test {
  protected:
@@ -101,7 +92,9 @@ TEST_F(CommonProbeTest, LineTrapsOnTheWayAreRunThroughAndOtherThreadsFaultsPasse
     if (!first) return;
     first = false;
     system.queue_event(exception_event(kBreakpointException, kRoutine));
-    system.queue_event(exception_event(0xC0000094, 0x140003000, InMemorySystem::kThreadId + 4));
+    os::DebugEvent other_thread = exception_event(0xC0000094, 0x140003000);
+    other_thread.thread_id = InMemorySystem::kThreadId + 4;
+    system.queue_event(other_thread);
     os::ThreadContext& cpu = system.context();
     cpu.rax = 7;
     cpu.rip = kProbeReturnTrap;
@@ -141,11 +134,7 @@ TEST_F(CommonProbeTest, ARoutineThatNeverReturnsLeavesTheThreadSuspendedAsItWas)
 TEST_F(CommonProbeTest, TheProgramEndingDuringTheCallIsReported) {
   target.system.on_wait = [](InMemorySystem& system) {
     if (system.queued_events() > 0) return;
-    os::DebugEvent event;
-    event.kind = os::kExitProcessEvent;
-    event.process_id = InMemorySystem::kProcessId;
-    event.exit_code = 3;
-    system.queue_event(event);
+    system.queue_event(testing::exit_process_event(3));
   };
   TargetCallOutcome outcome = call_in_stopped_thread(target.memory, call());
   EXPECT_EQ(outcome.after, TargetCallOutcome::kProcessEnded);

@@ -1,5 +1,4 @@
 // The process's call stacks and COMMON blocks.
-#include "debuginfo/list_rows.h"
 #include "process/common_probe.h"
 #include "stack/stack_test_support.h"
 
@@ -12,17 +11,6 @@ class ProcessSymbolsTest : public testing::StackTest {
     os::ThreadContext& context = target.system.context(process.thread_handle());
     context.rip = pc;
     context.rsp = sp;
-  }
-  // The run-time list from its first node at `head`; nodes follow one another.
-  void runtime_list(Address head, const std::vector<CommonBlock>& blocks) {
-    Address node = head;
-    for (std::size_t i = 0; i < blocks.size(); ++i, node += 0x100) {
-      put(node, i + 1 < blocks.size() ? node + 0x100 : 0);
-      put(node + 8, node + 0x40);
-      put(node + 16, blocks[i].address);
-      put(node + 24, blocks[i].size);
-      target.system.poke(node + 0x40, blocks[i].name.c_str(), blocks[i].name.size() + 1);
-    }
   }
 };
 
@@ -48,22 +36,6 @@ TEST_F(ProcessSymbolsTest, EachRefreshKeepsTheStackItReplaces) {
 
   process.restore_previous_call_stack();
   EXPECT_EQ(process.current_stack(), first);
-}
-
-TEST_F(ProcessSymbolsTest, CommonBlocksOfTwoRoutinesShareOneAddressAndOneWalk) {
-  runtime_list(0x600000, {{0x610000, "/A/", 16}, {0x620000, "/SHARED/", 8}});
-  process.set_common_info_address(0x600000);
-  EXPECT_EQ(process.common_block_address("/SHARED/"), 0x620000u);
-  std::size_t reads = target.system.counters.reads;
-  EXPECT_EQ(process.common_block_address("/SHARED/"), 0x620000u);
-  EXPECT_EQ(process.common_block_address("/A/"), 0x610000u);
-  EXPECT_EQ(target.system.counters.reads, reads);
-
-  ui::window_rows rows;
-  std::string status;
-  fill_common_window(process, rows, status);
-  EXPECT_EQ(rows.text, (std::vector<std::string>{"/A/ = z'0000000000610000' - z'0000000000610010' (size z'10')",
-                                                 "/SHARED/ = z'0000000000620000' - z'0000000000620008' (size z'8')"}));
 }
 
 TEST_F(ProcessSymbolsTest, NoListMeansAddressZero) {
@@ -92,12 +64,6 @@ TEST_F(ProcessSymbolsTest, ModulesLoadedAfterTheSymbolHandlerStartedAreToldToIt)
   EXPECT_TRUE(target.system.symbol_modules.empty());
 }
 
-}  // namespace
-}  // namespace vantor
-
-namespace vantor {
-namespace {
-
 // The process asking its run-time library where the COMMON list starts, at a stop.
 class CommonProbeAtStopTest : public testing::StackTest {
  protected:
@@ -113,7 +79,7 @@ class CommonProbeAtStopTest : public testing::StackTest {
       ++calls;
       cpu.rax = rax;
       cpu.rip = kProbeReturnTrap;
-      os::DebugEvent back;
+      os::DebugEvent back;  // from the thread the stop came from, as the debugger saw it
       back.kind = os::kExceptionEvent;
       back.exception_code = kAccessViolation;
       back.exception_address = kProbeReturnTrap;
@@ -150,16 +116,6 @@ TEST_F(CommonProbeAtStopTest, AProgramWithoutTheRoutineCostsThreeLookUpsAndNoCal
   EXPECT_EQ(process.common_info_address(), ~Address{0});
   EXPECT_EQ(target.system.counters.continues, 0u);
   EXPECT_EQ(process.common_block_address("/A/"), 0u);
-}
-
-TEST_F(CommonProbeAtStopTest, AnEmptyAnswerIsAnAnswer) {
-  image.routine("__get_common_info", 0x1000, 0x10);
-  load(image, L"C:\\build\\prog.exe", true);
-  routine_answers(image.address_of("__get_common_info"), 0);
-  EXPECT_TRUE(process.probe_common_info());
-  EXPECT_EQ(process.common_info_address(), 0u);
-  EXPECT_EQ(process.common_probe_attempts(), 1u);
-  EXPECT_TRUE(process.common_blocks().empty());
 }
 
 }  // namespace

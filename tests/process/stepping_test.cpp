@@ -17,11 +17,9 @@ class SteppingTest : public ::testing::Test {
   static constexpr Address kCallerSp = 0x7ff00100, kCalleeReturnSlot = 0x7ff000f8, kMainReturnSlot = 0x7ff00180;
 
   void SetUp() override {
-    host.add_line("prog.f95", 10, kLine10);
-    host.add_line("prog.f95", 11, kLine11);
-    host.add_line("prog.f95", 12, kLine12);
-    host.add_line("prog.f95", 20, kLine20);
-    host.add_line("prog.f95", 21, kLine21);
+    const std::pair<std::int32_t, Address> lines[] = {
+        {10, kLine10}, {11, kLine11}, {12, kLine12}, {20, kLine20}, {21, kLine21}};
+    for (auto [line, address] : lines) host.add_line("prog.f95", line, address);
     stopped_in_caller();
   }
   void stopped_in_caller() {
@@ -123,14 +121,6 @@ TEST_F(SteppingTest, BeforeTheFirstStopNothingIsProgrammed) {
   EXPECT_EQ(slots.enabled_mask(), 0u);
 }
 
-TEST_F(SteppingTest, StepIntoStopsAtTheNextLineStartAnywhere) {
-  run(kModeStepInto);
-  stopped_in_callee();
-  TrapVerdict verdict = trap_at(kModeStepInto, kLine20);
-  EXPECT_TRUE(verdict.stop);
-  EXPECT_EQ(verdict.stop_reason, 1);
-}
-
 TEST_F(SteppingTest, StepOverWatchesTheCalleeReturnAndStopsAtTheCallerNextLine) {
   run(kModeStepOver);
   // The callee's first line start: deeper, lower stack pointer.
@@ -172,85 +162,12 @@ TEST_F(SteppingTest, StepOverTakesTheFrameCalledFromTheSteppingRoutine) {
   EXPECT_EQ(slots[0].address, kCalleeReturnSlot);
 }
 
-TEST_F(SteppingTest, StepOverWithEveryRegisterTakenBehavesAsStepInto) {
-  fill_data_slots(4);
-  run(kModeStepOver);
-  stopped_in_callee();
-  TrapVerdict verdict = trap_at(kModeStepOver, kLine20);
-  EXPECT_TRUE(verdict.stop);
-  EXPECT_TRUE(list.line_traps_armed());
-}
-
-TEST_F(SteppingTest, StepOverAtTheLastLineStopsInTheCaller) {
-  stopped_in_callee();
-  run(kModeStepOver);
-  stopped_in_caller();  // returned: the stack pointer is above the one at the start
-  EXPECT_TRUE(trap_at(kModeStepOver, kLine11).stop);
-}
-
-TEST_F(SteppingTest, StepOutWatchesFrameZeroAndRunsFreely) {
-  stopped_in_callee();
-  run(kModeStepOut);
-  EXPECT_EQ(slots[0].kind, kSlotReturnWatch);
-  EXPECT_EQ(slots[0].address, kCalleeReturnSlot);
-  EXPECT_FALSE(list.line_traps_armed());
-  EXPECT_EQ(host.stored_context().dr0, kCalleeReturnSlot);
-  EXPECT_EQ(host.stores, 1);
-
-  stopped_in_caller();
-  EXPECT_FALSE(hit_on(kModeStepOut, 0, 0x40102a).stop);
-  EXPECT_TRUE(list.line_traps_armed());
-  EXPECT_TRUE(trap_at(kModeStepOut, kLine11).stop);
-}
-
 TEST_F(SteppingTest, StepOutWithoutAFreeSlotStopsAtTheNextLineStart) {
   fill_data_slots(4);
   stopped_in_callee();
   run(kModeStepOut);
   EXPECT_TRUE(list.line_traps_armed());
   EXPECT_TRUE(trap_at(kModeStepOut, kLine21).stop);
-}
-
-TEST_F(SteppingTest, CountedBreakpointRunsOnUnderGoAndStopsOnItsHit) {
-  list.set_breakpoint("prog.f95", 11, 3, 2, "");
-  std::vector<int> stops;
-  for (int hit = 1; hit <= 7; ++hit) {
-    run(kModeGo);
-    if (trap_at(kModeGo, kLine11).stop) {
-      stops.push_back(hit);
-      EXPECT_EQ(byte_at(kLine11), 0x90);  // lifted at the stop
-    } else {
-      EXPECT_EQ(byte_at(kLine11), 0xCC);  // still planted while it runs on
-    }
-  }
-  EXPECT_EQ(stops, (std::vector<int>{3, 5, 7}));
-  EXPECT_EQ(host.stack_restores, 4);
-}
-
-TEST_F(SteppingTest, BreakpointSetWhileTrapsAreArmedStopsAfterGo) {
-  run(kModeStepInto);
-  EXPECT_TRUE(trap_at(kModeStepInto, kLine10).stop);
-  list.set_breakpoint("prog.f95", 12, 1, 1, "");
-  run(kModeGo);
-  EXPECT_EQ(byte_at(kLine11), 0x90);
-  EXPECT_EQ(byte_at(kLine12), 0xCC);
-  EXPECT_TRUE(trap_at(kModeGo, kLine12).stop);
-  EXPECT_EQ(byte_at(kLine12), 0x90);
-}
-
-TEST_F(SteppingTest, DataBreakpointStopsWhateverItsCountsAndGivesItsReason) {
-  list.set_hardware_slot(kAccessWrite, kSlotDataBreakpoint, 0x6000, 4);
-  list.set_hardware_slot(kAccessUse, kSlotDataBreakpoint, 0x6008, 4);
-  run(kModeGo);
-  TrapVerdict verdict = hit_on(kModeGo, 0, 0x401015);
-  EXPECT_TRUE(verdict.stop);
-  EXPECT_EQ(verdict.stop_reason, 3);
-  EXPECT_EQ(list.find(1)->hits, 1u);  // after = 0, yet it stopped
-
-  run(kModeGo);
-  verdict = hit_on(kModeGo, 1, 0x401015);
-  EXPECT_EQ(verdict.stop_reason, 2);
-  EXPECT_EQ(slots[1].kind, kSlotDataBreakpoint);  // data breakpoints outlive the stop
 }
 
 TEST_F(SteppingTest, EveryStopFreesOneShotSlotsAndRemovesTheRunToBreakpoint) {
@@ -262,15 +179,6 @@ TEST_F(SteppingTest, EveryStopFreesOneShotSlotsAndRemovesTheRunToBreakpoint) {
   EXPECT_EQ(slots[0].kind, kSlotFree);
   EXPECT_EQ(list.count(), 0);
   EXPECT_EQ(stepping.run_to_breakpoint(), -1);
-}
-
-TEST_F(SteppingTest, ExecutionSlotHitStopsAsAnOrdinaryStop) {
-  list.set_hardware_slot(kAccessWrite, kSlotExecution, 0x401234, 1);
-  run(kModeGo);
-  TrapVerdict verdict = hit_on(kModeGo, 0, 0x401234);
-  EXPECT_TRUE(verdict.stop);
-  EXPECT_EQ(verdict.stop_reason, 1);
-  EXPECT_EQ(slots[0].kind, kSlotFree);
 }
 
 TEST_F(SteppingTest, OneInstructionStopsEvenOnABreakpointThatWouldNotStop) {

@@ -9,10 +9,9 @@ namespace {
 // A process whose state the tests set directly, as its event handling would.
 class StatedProcess : public DebuggedProcess {
  public:
-  void set(std::int32_t state, std::string text = {}, std::int32_t reason = kStopCodeTrap) {
+  void set(std::int32_t state, std::string text = {}) {
     state_ = state;
     status_text_ = std::move(text);
-    stop_reason_ = reason;
   }
 };
 
@@ -20,12 +19,6 @@ TEST(StackStatusLine, FollowsTheProcessState) {
   StatedProcess process;
   process.set(psPaused, "Program Paused");
   EXPECT_EQ(stack_status_line(process), "Status: Program Paused");
-  process.set(psStopped, "", kStopCodeTrap);
-  EXPECT_EQ(stack_status_line(process), "Status: breakpoint");
-  process.set(psStopped, "", kStopUseDataBreakpoint);
-  EXPECT_EQ(stack_status_line(process), "Status: Use data breakpoint");
-  process.set(psStopped, "", kStopWriteDataBreakpoint);
-  EXPECT_EQ(stack_status_line(process), "Status: Write data breakpoint");
   process.set(psFailed, "Run-time error 10: Integer arithmetic overflow");
   EXPECT_EQ(stack_status_line(process), "Run-time error 10: Integer arithmetic overflow");
   process.set(psFailed, "Access Violation reading address 0x0000000000000000");

@@ -39,6 +39,11 @@ std::uint32_t aligned(std::uint32_t value, std::uint32_t alignment) {
   return (value + alignment - 1) / alignment * alignment;
 }
 
+std::uint32_t descriptor_word(const VariableSpec& spec) {
+  return (spec.address_type & 0xF) | ((spec.type_code & 0x1F) << 4) | (spec.array ? 1u << 9 : 0u) |
+         (spec.attributes & (0xFu << 10));
+}
+
 }  // namespace
 
 // ---- specs ----------------------------------------------------------------------------
@@ -65,9 +70,6 @@ VariableSpec VariableSpec::at(std::string name, std::uint32_t address_type, std:
   return spec;
 }
 
-std::uint32_t VariableSpec::descriptor_word() const {
-  return (address_type & 0xF) | ((type_code & 0x1F) << 4) | (array ? 1u << 9 : 0u) | (attributes & (0xFu << 10));
-}
 
 // ---- routines -------------------------------------------------------------------------
 
@@ -84,7 +86,7 @@ std::uint32_t RoutineBuilder::key_of_next_record() const {
 
 void RoutineBuilder::write_variable(const VariableSpec& spec) {
   put(stream_, spec.first_word);
-  put(stream_, spec.descriptor_word());
+  put(stream_, descriptor_word(spec));
   put(stream_, spec.address_value);
   put(stream_, spec.size);
   if (spec.type_key) {
@@ -112,10 +114,7 @@ void RoutineBuilder::write_variable(const VariableSpec& spec) {
     for (int k = 0; k < 3; ++k)
       if (bounds[k]->variable && 3 * d + k < 32) mask |= 1u << (3 * d + k);
   }
-  std::int32_t rank_word = array.rank_word ? *array.rank_word
-                                           : static_cast<std::int32_t>(static_cast<std::uint32_t>(rank) |
-                                                                       (array.dynamic ? 0x80000000u : 0u));
-  put(stream_, rank_word);
+  put(stream_, static_cast<std::uint32_t>(rank) | (array.dynamic ? 0x80000000u : 0u));
   put(stream_, mask);
   for (const DimensionSpec& dimension : array.dimensions) {
     for (const BoundSpec* bound : {&dimension.start, &dimension.size, &dimension.stride}) {
@@ -218,7 +217,7 @@ RoutineBuilder& DebugImageBuilder::operator[](const std::string& name) {
 
 Address DebugImageBuilder::address_of(const std::string& routine) const {
   for (const auto& r : routines_)
-    if (r->name() == routine) return base_ + r->start_rva();
+    if (r->name() == routine) return base_ + r->start_;
   throw std::out_of_range("no routine " + routine);
 }
 

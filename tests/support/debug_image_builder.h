@@ -49,7 +49,6 @@ struct DimensionSpec {
 struct ArraySpec {
   bool dynamic = false;
   std::vector<DimensionSpec> dimensions;
-  std::optional<std::int32_t> rank_word;  // written instead of the computed one
   // Constant bounds: each pair is (start, size); strides are distances in bytes, the
   // element size times the sizes of the dimensions before.
   static ArraySpec fixed(const std::vector<std::pair<std::int64_t, std::int64_t>>& bounds, std::int64_t element_size);
@@ -86,8 +85,6 @@ struct VariableSpec {
   VariableSpec& with_type(int handle) { derived_type = handle; return *this; }
   VariableSpec& in_common(int handle) { common_block = handle; return *this; }
   VariableSpec& with_array(ArraySpec spec) { array = std::move(spec); return *this; }
-  VariableSpec& with_attributes(std::uint32_t bits) { attributes = bits; return *this; }
-  std::uint32_t descriptor_word() const;
 };
 
 class DebugImageBuilder;
@@ -120,8 +117,6 @@ class RoutineBuilder {
 
   // ---- known once the routine is built ----
   const std::string& name() const { return name_; }
-  std::uint32_t start_rva() const { return start_; }
-  std::uint32_t length() const { return length_; }
   // A type's or block's key: where its record is in the debug block.
   std::uint32_t type_key(int handle) const;
   std::uint32_t common_key(int handle) const { return common_keys_.at(static_cast<std::size_t>(handle)); }
@@ -186,7 +181,6 @@ class DebugImageBuilder {
   // Absolute addresses, valid after install.
   Address address_of(const std::string& routine) const;
   Address block_address(const std::string& routine) const;
-  Address map_address() const { return base_ + placed_map_rva_; }
   RoutineBuilder& operator[](const std::string& name);
   const std::vector<std::unique_ptr<RoutineBuilder>>& routines() const { return routines_; }
 
