@@ -8,80 +8,53 @@ namespace {
 
 using BreakpointCommandTest = CommandTest;
 
-const breakpoint_info* only_breakpoint(const BreakpointList& list) {
-  EXPECT_EQ(list.count(), 1);
-  return list.count() == 1 ? list.breakpoint(0) : nullptr;
-}
-
-TEST_F(BreakpointCommandTest, ALineAloneOrAfterADotIsInTheNameSpacesFile) {
-  EXPECT_EQ(run("breakpoint . 12"), kCommandDone);
-  const breakpoint_info* set = only_breakpoint(host.list);
-  ASSERT_NE(set, nullptr);
-  EXPECT_EQ(set->file, kSource);
-  EXPECT_EQ(set->line, 12);
-  EXPECT_EQ(set->address, 0x401010u);
-  EXPECT_EQ(set->after, 1);
-  EXPECT_EQ(set->every, 1);
-
-  host.list.clear_breakpoints();
-  EXPECT_EQ(run("breakpoint 20"), kCommandDone);
-  set = only_breakpoint(host.list);
-  ASSERT_NE(set, nullptr);
-  EXPECT_EQ(set->file, kSource);
-  EXPECT_EQ(set->line, 20);
-  EXPECT_TRUE(set->condition.empty());
-  EXPECT_EQ(printed, "");
+TEST_F(BreakpointCommandTest, ArgumentFormsNameTheFileLineAfterAndEvery) {
+  struct Case {
+    const char* line;
+    std::string file;
+    int line_number, after, every;
+  };
+  const Case cases[] = {
+      {"breakpoint . 12", kSource, 12, 1, 1},  // a line alone or after a dot: the name space's file
+      {"breakpoint 20", kSource, 20, 1, 1},
+      {"breakpoint prog.f95 12 3 2", "prog.f95", 12, 3, 2},
+      {"breakpoint prog.f95 20 5", "prog.f95", 20, 5, 1},
+  };
+  for (const Case& c : cases) {
+    host.list.clear_breakpoints();
+    expect_run(c.line, kCommandDone, "");
+    ASSERT_EQ(host.list.count(), 1);
+    const breakpoint_info& set = *host.list.breakpoint(0);
+    EXPECT_EQ(set.file, c.file);
+    EXPECT_EQ(set.line, c.line_number);
+    EXPECT_EQ(set.address, c.line_number == 12 ? 0x401010u : 0x401040u);
+    EXPECT_EQ(set.after, c.after);
+    EXPECT_EQ(set.every, c.every);
+    EXPECT_TRUE(set.condition.empty());
+  }
   EXPECT_EQ(PendingCommand, 0u);
 }
 
-TEST_F(BreakpointCommandTest, FileLineAfterAndEvery) {
-  EXPECT_EQ(run("breakpoint prog.f95 12 3 2"), kCommandDone);
-  const breakpoint_info* set = only_breakpoint(host.list);
-  ASSERT_NE(set, nullptr);
-  EXPECT_EQ(set->file, "prog.f95");
-  EXPECT_EQ(set->line, 12);
-  EXPECT_EQ(set->after, 3);
-  EXPECT_EQ(set->every, 2);
-  EXPECT_EQ(run("breakpoint prog.f95 20 5"), kCommandDone);
-  EXPECT_EQ(host.list.breakpoint(1)->after, 5);
-  EXPECT_EQ(host.list.breakpoint(1)->every, 1);
-}
-
 TEST_F(BreakpointCommandTest, WhereTheLineCannotBeFoundOrHasNoNameSpace) {
-  EXPECT_EQ(run("breakpoint 13"), kCommandFailed);
-  EXPECT_EQ(printed, "Could not set breakpoint at line 13 in C:\\src\\prog.f95\n");
-  EXPECT_EQ(run("breakpoint other.f95 12"), kCommandFailed);
-  EXPECT_EQ(printed, "Could not set breakpoint at line 12 in other.f95\n");
-
-  ::testing::internal::CaptureStdout();
-  EXPECT_EQ(execute_command("breakpoint 12", nullptr, 5, 5), kCommandFailed);
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Unable to get namespace\n");
-
+  expect_run("breakpoint 13", kCommandFailed, "Could not set breakpoint at line 13 in C:\\src\\prog.f95\n");
+  expect_run("breakpoint other.f95 12", kCommandFailed, "Could not set breakpoint at line 12 in other.f95\n");
+  const auto in_frame = [](StackFrame* frame, const char* line) {
+    return captured([&] { EXPECT_EQ(execute_command(line, frame, 5, 5), kCommandFailed); });
+  };
+  EXPECT_EQ(in_frame(nullptr, "breakpoint 12"), "Unable to get namespace\n");
   FakeFrame& library_frame = host.add_frame("_write_unit");  // no line table
-  ::testing::internal::CaptureStdout();
-  EXPECT_EQ(execute_command("breakpoint 12", &library_frame, 5, 5), kCommandFailed);
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "No debug information for _write_unit\n");
+  EXPECT_EQ(in_frame(&library_frame, "breakpoint 12"), "No debug information for _write_unit\n");
   // A dot there is taken as a file name.
-  ::testing::internal::CaptureStdout();
-  EXPECT_EQ(execute_command("breakpoint . 12", &library_frame, 5, 5), kCommandFailed);
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Could not set breakpoint at line 12 in .\n");
+  EXPECT_EQ(in_frame(&library_frame, "breakpoint . 12"), "Could not set breakpoint at line 12 in .\n");
 
   host.process = false;
   EXPECT_EQ(run("breakpoint 12"), kCommandFailed);
   EXPECT_EQ(host.list.count(), 0);
 }
 
-TEST_F(BreakpointCommandTest, GettoSetsTheRunToBreakpointAndGoes) {
-  run("breakpoint 12");
-  EXPECT_EQ(run("getto 20"), kCommandDone);
-  ASSERT_EQ(host.list.count(), 2);
-  EXPECT_EQ(host.run_to_breakpoint, static_cast<std::int32_t>(host.list.breakpoint(1)->id));
-  EXPECT_EQ(PendingCommand, kGoCommand | kStartFlag);
-
-  PendingCommand = 0;
-  host.run_to_breakpoint = -1;
-  EXPECT_EQ(run("getto 14"), kCommandFailed);
-  EXPECT_EQ(printed, "Could not set breakpoint at line 14 in C:\\src\\prog.f95\n");
+// A getto that sets its breakpoint and goes runs end to end (tests/e2e/cases/script_session.case).
+TEST_F(BreakpointCommandTest, GettoToALineWithoutCodeNeitherSetsNorGoes) {
+  expect_run("getto 14", kCommandFailed, "Could not set breakpoint at line 14 in C:\\src\\prog.f95\n");
   EXPECT_EQ(host.run_to_breakpoint, -1);
   EXPECT_EQ(PendingCommand, 0u);
 }
@@ -90,10 +63,11 @@ TEST_F(BreakpointCommandTest, BreakpointsWindowFollowsTheCommands) {
   EXPECT_EQ(run("bps"), kCommandDone);
   auto* window = ui::OpenWindows.find_first(ui::kBreakpointsKind);
   ASSERT_NE(window, nullptr);
-  EXPECT_EQ(window->contents_text(), "Breakpoints\nNo breakpoints\n");
   run("breakpoint prog.f95 12 2");
   ASSERT_EQ(window->row_count(), 2);
   EXPECT_EQ(window->rows()[1], "prog.f95                                12       2       1       0  ");
+  run("wb n");  // data breakpoints show as soon as they are set
+  EXPECT_EQ(window->row_count(), 3);
   EXPECT_EQ(run("breakpoints"), kCommandDone);
   EXPECT_EQ(ui::OpenWindows.size(), 1);  // brought forward, not opened again
 }
@@ -101,19 +75,19 @@ TEST_F(BreakpointCommandTest, BreakpointsWindowFollowsTheCommands) {
 TEST_F(BreakpointCommandTest, DataBreakpointsCoverTheValueWithHardwareWatches) {
   EXPECT_EQ(run("wb"), kCommandDone);
   EXPECT_EQ(host.slots.free_hardware_slots(), 4);
-
-  EXPECT_EQ(run("write_break n"), kCommandDone);
-  EXPECT_EQ(printed, "Information: Data breakpoint set\n");
+  expect_run("write_break n", kCommandDone, "Information: Data breakpoint set\n");
   EXPECT_EQ(host.slots[0].address, kN);
   EXPECT_EQ(host.slots[0].size, 4u);
   EXPECT_EQ(host.slots[0].kind, kSlotDataBreakpoint);
   EXPECT_NE(host.slots[0].access, kAccessUse);
-  EXPECT_EQ(run("ub x"), kCommandDone);
+  EXPECT_EQ(run("ub loc(x)"), kCommandDone);  // an address made by loc() is watched where it points
+  EXPECT_EQ(host.slots[1].address, kX);
   EXPECT_EQ(host.slots[1].access, kAccessUse);
   EXPECT_EQ(host.slots[1].size, 8u);
-  // Data breakpoints show in the window as soon as they are set.
-  run("bps");
-  EXPECT_EQ(ui::OpenWindows.find_first(ui::kBreakpointsKind)->row_count(), 3);
+
+  expect_run("wb 3", kCommandFailed, "Information: This value cannot be breakpointed\n");
+  expect_run("ub nosuch", kCommandFailed, "Error: Unknown variable\n");
+  EXPECT_EQ(host.slots.free_hardware_slots(), 2);
 }
 
 TEST_F(BreakpointCommandTest, ObjectsOfUpToThirtyNineBytesPassTheSizeTest) {
@@ -126,20 +100,9 @@ TEST_F(BreakpointCommandTest, ObjectsOfUpToThirtyNineBytesPassTheSizeTest) {
   }
   host.slots.free_data_breakpoint_slots();
   EXPECT_EQ(run("wb n"), kCommandDone);
-  EXPECT_EQ(run("wb text"), kCommandFailed);
-  EXPECT_EQ(printed, "Information: There are not enough hardware registers available to satisfy this request\n");
+  expect_run("wb text", kCommandFailed,
+             "Information: There are not enough hardware registers available to satisfy this request\n");
   EXPECT_EQ(run("wb a(1:2)"), kCommandDone);  // a section: 8 bytes at its first element
-}
-
-TEST_F(BreakpointCommandTest, ValuesThatCannotBeWatched) {
-  EXPECT_EQ(run("wb 3"), kCommandFailed);
-  EXPECT_EQ(printed, "Information: This value cannot be breakpointed\n");
-  EXPECT_EQ(run("ub nosuch"), kCommandFailed);
-  EXPECT_EQ(printed, "Error: Unknown variable\n");
-  EXPECT_EQ(host.slots.free_hardware_slots(), 4);
-  // An address made by loc() is watched where it points.
-  EXPECT_EQ(run("wb loc(x)"), kCommandDone);
-  EXPECT_EQ(host.slots[0].address, kX);
 }
 
 }  // namespace

@@ -83,6 +83,12 @@ class CommandTest : public ::testing::Test {
     printed = ::testing::internal::GetCapturedStdout();
     return result;
   }
+  // One line's result and everything it printed.
+  void expect_run(const std::string& line, std::uint32_t result, const std::string& text) {
+    SCOPED_TRACE(line);
+    EXPECT_EQ(run(line), result);
+    EXPECT_EQ(printed, text);
+  }
   static std::string captured(const std::function<void()>& action) {
     ::testing::internal::CaptureStdout();
     action();

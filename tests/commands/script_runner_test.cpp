@@ -10,10 +10,15 @@ class ScriptTest : public CommandTest {
  protected:
   ~ScriptTest() override { ScriptFile.clear(); }
 
-  // Runs the script's lines, one per stop, until it ends; the console output.
-  std::string run_to_end(int most = 50) {
+  // Opens `text` as a script and runs its lines, one per stop, until it ends; the console output.
+  std::string run_script(const std::string& text) {
+    target.system.add_text_file(L"t.script", text);
+    EXPECT_TRUE(open_script("t.script"));
+    return run_to_end();
+  }
+  std::string run_to_end() {
     return captured([&] {
-      for (int i = 0; i < most && script_running(); ++i) run_script_line();
+      for (int i = 0; i < 50 && script_running(); ++i) run_script_line();
     });
   }
 };
@@ -23,7 +28,6 @@ TEST_F(ScriptTest, OneLinePerStopEchoedAndRunInTheFirstFrameWithLines) {
   host.frames.insert(host.frames.begin(), std::make_unique<FakeFrame>(target.memory, "_write_unit"));
   target.system.add_text_file(L"session.script", "breakpoint 20\nlet n = 3   \t\ngo\n");
   ASSERT_TRUE(open_script("session.script"));
-  EXPECT_TRUE(script_running());
 
   EXPECT_EQ(captured(run_script_line), "> breakpoint 20\n");
   EXPECT_EQ(host.list.count(), 1);  // the file came from MAIN, frame 1
@@ -34,8 +38,6 @@ TEST_F(ScriptTest, OneLinePerStopEchoedAndRunInTheFirstFrameWithLines) {
   EXPECT_EQ(captured(run_script_line), "");
   host.stopped = true;
   EXPECT_EQ(captured(run_script_line), "> go\n");
-  EXPECT_EQ(PendingCommand, kGoCommand | kStartFlag);
-  EXPECT_TRUE(script_running());
   EXPECT_EQ(captured(run_script_line), "");  // the end of the file closes it
   EXPECT_FALSE(script_running());
   EXPECT_TRUE(target.system.file(L"session.script"));  // only the start-up script is deleted
@@ -46,53 +48,34 @@ TEST_F(ScriptTest, ANameWithoutTheFileFallsBackToDotScript) {
   EXPECT_EQ(run("script steps"), kCommandDone);
   EXPECT_EQ(running_script_name(), "steps");
   EXPECT_EQ(run_to_end(), "> step\n");
-
-  EXPECT_EQ(run("script nowhere"), kCommandFailed);
-  EXPECT_EQ(printed, "Error: Could not open script\n");
+  expect_run("script nowhere", kCommandFailed, "Error: Could not open script\n");
   EXPECT_FALSE(script_running());
-}
-
-TEST_F(ScriptTest, CommentsAndBlankLinesDoNotEndAScript) {
-  target.system.add_text_file(L"t.script", "# set up\n\n   \nstepover\n#done\n");
-  ASSERT_TRUE(open_script("t.script"));
-  EXPECT_EQ(run_to_end(), "> # set up\n> \n> \n> stepover\n> #done\n");
-  EXPECT_EQ(PendingCommand, kStepOverCommand | kStartFlag);
-}
-
-TEST_F(ScriptTest, ResultsOtherThanDoneEndTheScriptWithTheirText) {
-  target.system.add_text_file(L"a.script", "frobnicate\nstep\n");
-  ASSERT_TRUE(open_script("a.script"));
-  EXPECT_EQ(run_to_end(), "> frobnicate\nCommand not known\nscript terminated\n");
-  EXPECT_EQ(PendingCommand, 0u);
-
-  target.system.add_text_file(L"b.script", "print\n");
-  ASSERT_TRUE(open_script("b.script"));
-  EXPECT_EQ(run_to_end(), "> print\nAn expression was expected\nscript terminated\n");
-
-  target.system.add_text_file(L"c.script", "stopscript\ngo\n");
-  ASSERT_TRUE(open_script("c.script"));
-  EXPECT_EQ(run_to_end(), "> stopscript\nAn expression was expected\nscript terminated\n");
-  EXPECT_EQ(PendingCommand, 0u);
-
-  target.system.add_text_file(L"d.script", "let n 3\ngo\n");
-  ASSERT_TRUE(open_script("d.script"));
-  EXPECT_EQ(run_to_end(), "> let n 3\nError: Expected '=' after let command.\nscript terminated\n");
-
-  target.system.add_text_file(L"e.script", "script d\n");
-  ASSERT_TRUE(open_script("e.script"));
-  EXPECT_EQ(run_to_end(), "> script d\nscript error: Scripts cannot be nested.\nscript terminated\n");
-}
-
-TEST_F(ScriptTest, TheStartUpScriptIsDeletedWhenItEnds) {
-  target.system.add_text_file(L"C:\\tmp\\run.script", "dprint n\n");
-  ScriptFile = L"C:\\tmp\\run.script";
-  start_startup_script();
-  ASSERT_TRUE(script_running());
-  EXPECT_EQ(run_to_end(), "> dprint n\nn\nn = 7\n");
-  EXPECT_EQ(target.system.file(L"C:\\tmp\\run.script"), nullptr);
-
+  // The start-up script (run and deleted end to end: tests/e2e/cases/batch_modes.case).
   ScriptFile = L"gone.script";
   EXPECT_EQ(captured(start_startup_script), "Error: Could not open script\n");
+}
+
+TEST_F(ScriptTest, CommentsAndBlankLinesGoOnResultsOtherThanDoneEndTheScript) {
+  struct Case {
+    const char* script;
+    const char* output;
+    std::uint32_t pending;
+  };
+  const Case cases[] = {
+      {"# set up\n\n   \nstepover\n#done\n", "> # set up\n> \n> \n> stepover\n> #done\n",
+       kStepOverCommand | kStartFlag},
+      {"frobnicate\nstep\n", "> frobnicate\nCommand not known\nscript terminated\n", 0},
+      {"stopscript\ngo\n", "> stopscript\nAn expression was expected\nscript terminated\n", 0},
+      {"let n 3\ngo\n", "> let n 3\nError: Expected '=' after let command.\nscript terminated\n", 0},
+      {"script d\n", "> script d\nscript error: Scripts cannot be nested.\nscript terminated\n", 0},
+  };
+  target.system.add_text_file(L"d.script", "go\n");
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.script);
+    PendingCommand = 0;
+    EXPECT_EQ(run_script(c.script), c.output);
+    EXPECT_EQ(PendingCommand, c.pending);
+  }
 }
 
 TEST_F(ScriptTest, TheScriptEndsWithItsProgram) {
@@ -110,18 +93,14 @@ TEST_F(ScriptTest, TheScriptEndsWithItsProgram) {
 
 TEST_F(ScriptTest, LongLinesAreReadInPiecesOf511Characters) {
   std::string line = "# " + std::string(600, 'x');
-  target.system.add_text_file(L"long.script", line + "\ngo");
-  ASSERT_TRUE(open_script("long.script"));
-  std::string out = run_to_end();
   // The rest of the comment comes back as a line of its own, which is not a command.
-  EXPECT_EQ(out, "> " + line.substr(0, 511) + "\n> " + std::string(91, 'x') + "\nCommand not known\nscript terminated\n");
+  EXPECT_EQ(run_script(line + "\ngo"),
+            "> " + line.substr(0, 511) + "\n> " + std::string(91, 'x') + "\nCommand not known\nscript terminated\n");
 }
 
 TEST_F(ScriptTest, EchoCanBeTurnedOff) {
-  target.system.add_text_file(L"quiet.script", "dprint n\n");
   ScriptEcho = false;
-  ASSERT_TRUE(open_script("quiet.script"));
-  std::string out = run_to_end();
+  std::string out = run_script("dprint n\n");
   ScriptEcho = true;
   EXPECT_EQ(out, "n\nn = 7\n");
 }

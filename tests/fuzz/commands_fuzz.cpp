@@ -10,8 +10,6 @@
 // a structure in memory, a breakpoint line, and windows opened through a fake library.
 // No input may crash, leak, hang or trip an internal assertion.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +18,7 @@
 #include "commands/script_runner.h"
 #include "commands/view_producers.h"
 #include "common/messages.h"
+#include "fuzz/fuzz_target.h"
 #include "process/user_space_buffer.h"
 #include "session/command_line.h"
 #include "session/pending_command.h"
@@ -41,11 +40,6 @@ constexpr Address kPair = 0x2300;    // TYPE(PAIR) PR = (1, 2)
 constexpr const char* kSource = "C:\\src\\prog.f95";
 constexpr const wchar_t* kScript = L"C:\\work\\fuzz.script";
 constexpr std::size_t kMostLines = 64;
-
-[[noreturn]] void fail(const char* what) {
-  std::fprintf(stderr, "command fault: %s\n", what);
-  std::abort();
-}
 
 std::unique_ptr<VariableRecord> member(const char* name, std::uint64_t offset) {
   auto record = std::make_unique<VariableRecord>();
@@ -102,12 +96,6 @@ class StoppedProgram {
     reset_startup_globals();
   }
 
-  // An internal assertion is shown in a box (answered Cancel here): never for any input.
-  void check() const {
-    for (const auto& box : target.system.message_boxes)
-      if (box.text.find(L"Assert failure") != std::wstring::npos) fail("an internal assertion was shown");
-  }
-
   testing::FakeTarget target;
   testing::FakeWindowLibrary library;
   DerivedTypeRecord pair;
@@ -154,6 +142,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       break;
     }
   }
-  program.check();
+  // An internal assertion is shown in a box (answered Cancel here): never for any input.
+  if (fuzz::assertion_shown(program.target.system)) fuzz::fail("command", "an internal assertion was shown");
   return 0;
 }

@@ -12,15 +12,13 @@
 // every debug-table read goes through the reader that pads a short read with zeros.
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "debuginfo/line_dump.h"
 #include "debuginfo/module.h"
 #include "debuginfo/source_files.h"
+#include "fuzz/fuzz_target.h"
 #include "process/debugged_process.h"
 #include "stack/f95_stack_frame.h"
 #include "support/debug_image_builder.h"
@@ -30,20 +28,16 @@
 namespace {
 
 using namespace vantor;
+using fuzz::kImageBase;
+using fuzz::kImagePath;
 
-constexpr Address kBase = 0x140000000;
 constexpr Address kStackPointer = 0x30000;
-constexpr const wchar_t* kPath = L"C:\\build\\prog.exe";
-constexpr std::size_t kLargestImage = 1 << 16;
 
 struct DebuggerEnded {
   int status;
 };
 
-[[noreturn]] void fail(const char* what) {
-  std::fprintf(stderr, "debug table fault: %s\n", what);
-  std::abort();
-}
+[[noreturn]] void fail(const char* what) { fuzz::fail("debug table", what); }
 
 void ask_about_lines(const DebuggedProcess& process, const Module& module, const MapEntry& routine) {
   if (!routine.lines) return;
@@ -97,25 +91,18 @@ void ask_everything(DebuggedProcess& process, Module& module) {
   for (const auto& routine : module.routines()) ask_about_symbols(process, module, *routine);
 }
 
-bool unexpected_assertion(const os::InMemorySystem& system) {
-  for (const auto& box : system.message_boxes)
-    if (box.text.find(L"Assert failure") != std::wstring::npos && box.text.find(L"UserSpaceBuffer") != std::wstring::npos)
-      return true;
-  return false;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size > kLargestImage) return 0;
+  if (size > fuzz::kLargestImage) return 0;
   testing::FakeTarget target;
   target.system.set_message_box_answer(os::kIdCancel);
   target.system.on_end_debugger = [](int status) { throw DebuggerEnded{status}; };
   const std::uint32_t size_of_image = static_cast<std::uint32_t>((size + 0xFFF) / 0x1000 * 0x1000) + 0x1000;
-  testing::DebugImageBuilder headers(kBase, size_of_image);
+  testing::DebugImageBuilder headers(kImageBase, size_of_image);
   headers.no_debug_info();
-  headers.install(target.system, kPath);
-  target.system.poke(kBase, data, size);
+  headers.install(target.system, kImagePath);
+  target.system.poke(kImageBase, data, size);
   // The frame's stack holds the input's first bytes, so that locals, arguments and the
   // bounds and pointers they lead to read as something.
   target.system.map(kStackPointer - 0x1000, 0x2000);
@@ -123,11 +110,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   DebuggedProcess process;
   try {
-    Module& module = *process.add_module(std::make_unique<Module>(process, 0, kPath, kBase, true));
+    Module& module = *process.add_module(std::make_unique<Module>(process, 0, kImagePath, kImageBase, true));
     ask_everything(process, module);
   } catch (const DebuggerEnded& ended) {
     if (ended.status != 1) fail("the debugger ended with a status other than 1");
   }
-  if (unexpected_assertion(target.system)) fail("a debug-table read came back short");
+  if (fuzz::assertion_shown(target.system, L"UserSpaceBuffer")) fail("a debug-table read came back short");
   return 0;
 }

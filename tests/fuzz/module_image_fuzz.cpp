@@ -5,30 +5,21 @@
 // The PE checks must accept exactly the images whose headers fit and are signed, and no
 // input may crash, leak or hang.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
-#include <string>
 #include <vector>
 
-#include "common/messages.h"
 #include "debuginfo/module.h"
+#include "fuzz/fuzz_target.h"
 #include "process/debugged_process.h"
 #include "support/fake_target.h"
 
 namespace {
 
 using namespace vantor;
+using fuzz::kImageBase;
+using fuzz::kImagePath;
 
-constexpr Address kBase = 0x140000000;
-constexpr const wchar_t* kPath = L"C:\\build\\prog.exe";
-constexpr std::size_t kLargestImage = 1 << 16;
-
-[[noreturn]] void fail(const char* what) {
-  std::fprintf(stderr, "image reader fault: %s\n", what);
-  std::abort();
-}
+[[noreturn]] void fail(const char* what) { fuzz::fail("image reader", what); }
 
 // Where the reader must find the PE signature, or -1 for an image it must refuse: the
 // new-header offset is a signed 16-bit value, and the signature, file header and 64-bit
@@ -52,7 +43,7 @@ void check(const Module& module, const std::vector<std::uint8_t>& file, const st
     fail("the headers do not follow one another");
   std::uint32_t size_of_image;
   std::memcpy(&size_of_image, module.optional_header() + 56, 4);
-  if (module.end_address() != kBase + size_of_image) fail("the end is not the base plus the image size");
+  if (module.end_address() != kImageBase + size_of_image) fail("the end is not the base plus the image size");
   for (const auto& routine : module.routines())
     if (module.routine_at(routine->start) == nullptr && routine->start <= routine->end)
       fail("a routine is not found at its own start");
@@ -61,25 +52,25 @@ void check(const Module& module, const std::vector<std::uint8_t>& file, const st
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size > kLargestImage) return 0;
+  if (size > fuzz::kLargestImage) return 0;
   testing::FakeTarget target;
   target.system.set_message_box_answer(os::kIdCancel);
   std::vector<std::uint8_t> file(data, data + size);
-  target.system.add_file(kPath, file);
-  target.system.poke(kBase, file);
-  const std::uint8_t* view = target.system.file(kPath)->data();
+  target.system.add_file(kImagePath, file);
+  target.system.poke(kImageBase, file);
+  const std::uint8_t* view = target.system.file(kImagePath)->data();
 
   {
     DebuggedProcess process;
-    Module by_name(process, 0, kPath, kBase, true);
+    Module by_name(process, 0, kImagePath, kImageBase, true);
     check(by_name, file, view);
     by_name.display_name();
   }
   std::uint32_t error = 0;
-  os::Handle handle = target.system.open_file_for_reading(kPath, error);
+  os::Handle handle = target.system.open_file_for_reading(kImagePath, error);
   if (!handle) fail("the image file cannot be opened");
   DebuggedProcess process;
-  Module by_handle(process, handle, L"", kBase, false);
+  Module by_handle(process, handle, L"", kImageBase, false);
   check(by_handle, file, view);
   return 0;
 }

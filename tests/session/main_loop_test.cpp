@@ -1,5 +1,6 @@
 // The main loop over the in-memory target: which queued request runs, what cannot run,
-// numbers that are no command, the idle step, quit, the window rebuild and the line dump.
+// numbers that are no command, the idle step, quit and the window rebuild. The line-dump
+// run is compared end to end (tests/e2e/cases/batch_modes.case).
 #include "session/main_loop.h"
 
 #include "process/debugged_process.h"
@@ -72,29 +73,26 @@ TEST_F(MainLoopTest, OfTwoRequestsQueuedBeforeTheLoopTakesThemOnlyTheLastRuns) {
   EXPECT_EQ(CurrentProcess, &process);
 }
 
-TEST_F(MainLoopTest, RunCommandsAfterTheProgramEndedDoNothing) {
+// Neither resumes the ended program: each request is cleared and the loop goes idle, where
+// the deferred items are handled.
+TEST_F(MainLoopTest, RunCommandsAfterTheProgramEndedAndNumbersThatAreNoCommandAreCleared) {
   DebuggedProcess& process = ended_program();
-  for (std::uint32_t command : {kStepOverCommand, kStepIntoCommand, kGoCommand, kStepOutCommand}) {
+  process.defer_item("first");
+  process.defer_item("second");
+  for (std::uint32_t request : {kStepOverCommand | kStartFlag, kStepIntoCommand | kStartFlag, kGoCommand | kStartFlag,
+                                kStepOutCommand | kStartFlag, kStartFlag, kInstructionFlag, 9u, 31u | kStartFlag}) {
+    SCOPED_TRACE(request);
     const std::size_t waits = target.system.counters.waits;
     const std::size_t idles = target.system.input_waits.size();
-    SetPendingCommand(command, kStartFlag);
-    EXPECT_EQ(loop(), "") << command;
-    EXPECT_EQ(target.system.counters.waits, waits) << command;  // the program was never resumed
-    EXPECT_EQ(target.system.input_waits.size(), idles + 1) << command;
+    PendingCommand = request;
+    EXPECT_EQ(loop(), "");
+    EXPECT_EQ(target.system.counters.waits, waits);
+    EXPECT_EQ(target.system.input_waits.size(), idles + 1);
     EXPECT_EQ(PendingCommand, 0u);
     EXPECT_EQ(process.run_mode(), kGoCommand);
   }
-}
-
-TEST_F(MainLoopTest, NumbersThatAreNoCommandAreClearedWithoutAction) {
-  ended_program();
-  for (std::uint32_t request : {kStartFlag, kInstructionFlag, 9u, 31u | kStartFlag}) {
-    const std::size_t waits = target.system.counters.waits;
-    PendingCommand = request;
-    EXPECT_EQ(loop(), "") << request;
-    EXPECT_EQ(PendingCommand, 0u) << request;
-    EXPECT_EQ(target.system.counters.waits, waits) << request;
-  }
+  EXPECT_TRUE(process.deferred_items().empty());
+  EXPECT_EQ(process.handled_items(), (std::vector<std::string>{"first", "second"}));
 }
 
 TEST_F(MainLoopTest, TheIdleStepWaitsOnTheIdleEventThenYieldsAndRefreshes) {
@@ -128,16 +126,6 @@ TEST_F(MainLoopTest, TheTestSuiteDoesNotWaitForInput) {
   EXPECT_EQ(windows.yields, 2);  // the yield is in every mode
 }
 
-TEST_F(MainLoopTest, TheDeferredItemsAreHandledWhenIdle) {
-  DebuggedProcess& process = ended_program();
-  process.defer_item("first");
-  process.defer_item("second");
-  SetPendingCommand(kStepOverCommand, kStartFlag);
-  loop();
-  EXPECT_TRUE(process.deferred_items().empty());
-  EXPECT_EQ(process.handled_items(), (std::vector<std::string>{"first", "second"}));
-}
-
 TEST_F(MainLoopTest, QuitClosesTheWindowsEndsTheProgramAndLeavesTheRequest) {
   launch(false);
   ui::OpenWindows.open(std::make_unique<ui::streams_window>());
@@ -154,18 +142,6 @@ TEST_F(MainLoopTest, ARunThatLeavesNoStopToShowPrintsTheState) {
   ::testing::internal::CaptureStdout();
   RunAndReport(kGoCommand);
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "State 0\n");
-}
-
-TEST_F(MainLoopTest, ALineDumpRunWritesTheFileAfterTheFirstStopAndCloses) {
-  DumpLinesMode = true;
-  DebuggedProcess& process = launch(false);
-  SetPendingCommand(kStepIntoCommand, kStartFlag);
-  EXPECT_EQ(loop(), "");  // the dump speaks for itself
-  EXPECT_NE(target.system.file(L"linedump.txt"), nullptr);
-  EXPECT_EQ(CurrentProcess, &process);
-  EXPECT_FALSE(process.launched());
-  EXPECT_EQ(PendingCommand, kQuitCommand);
-  EXPECT_TRUE(target.system.input_waits.empty());
 }
 
 }  // namespace

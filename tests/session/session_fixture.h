@@ -17,6 +17,21 @@
 
 namespace vantor::testing {
 
+// A DOS header pointing at a PE signature at `offset` followed by the machine field, in a
+// file of `size` bytes (the signature is left out when it does not fit).
+inline std::vector<std::uint8_t> pe_image(std::int32_t offset, std::uint16_t machine, std::size_t size = 1024) {
+  std::vector<std::uint8_t> bytes(size, 0);
+  bytes[0] = 'M';
+  bytes[1] = 'Z';
+  std::memcpy(bytes.data() + 60, &offset, 4);
+  if (offset >= 0 && static_cast<std::size_t>(offset) + 6 <= size) {
+    bytes[offset] = 'P';
+    bytes[offset + 1] = 'E';
+    std::memcpy(bytes.data() + offset + 4, &machine, 2);
+  }
+  return bytes;
+}
+
 class SessionTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -39,16 +54,7 @@ class SessionTest : public ::testing::Test {
   }
 
   // The first bytes of an executable for the machine (0x8664 x64, 0x014C i386).
-  static std::vector<std::uint8_t> image(std::uint16_t machine) {
-    std::vector<std::uint8_t> bytes(2048, 0);
-    bytes[0] = 'M';
-    bytes[1] = 'Z';
-    bytes[60] = 0x80;
-    bytes[0x80] = 'P';
-    bytes[0x81] = 'E';
-    std::memcpy(bytes.data() + 0x84, &machine, 2);
-    return bytes;
-  }
+  static std::vector<std::uint8_t> image(std::uint16_t machine) { return pe_image(0x80, machine, 2048); }
 
   // The events of the program `path` that starts and ends with `exit_code`.
   void queue_run(const std::wstring& path, std::uint32_t exit_code) {

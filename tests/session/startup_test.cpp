@@ -1,3 +1,7 @@
+// Start-up over the in-memory system: what a session remembers and reads, and the program
+// dialog. Load errors, the hand-over of 32-bit programs, the switches and runs to the end
+// are compared end to end (tests/e2e/cases/load_errors, handover, switches, run_to_end,
+// batch_modes).
 #include "session/startup.h"
 
 #include <deque>
@@ -47,99 +51,27 @@ class StartupTest : public testing::SessionTest {
   std::string output;
 };
 
-TEST_F(StartupTest, RejectedFilesAreLoadErrors) {
-  auto damaged = image(0x8664);
-  damaged[60] = 0x01;
-  damaged[61] = 0x04;  // header offset 1025
-  target.system.add_file(L"damaged.exe", damaged);
-  target.system.add_text_file(L"notes.txt", "MZ but no more");
-  EXPECT_EQ(session(args({L"/console", L"damaged.exe"})), 1);
-  EXPECT_EQ(output, "Load Error: There seems to be something wrong with this executable file\n");
-  EXPECT_TRUE(DebuggerClosing);
-  reset_startup_globals();
-  EXPECT_EQ(session(args({L"/console", L"notes.txt"})), 1);
-  EXPECT_EQ(output, "Load Error: This does not appear to be an executable file\n");
-  EXPECT_TRUE(target.system.created_command_lines.empty());
-}
-
-TEST_F(StartupTest, AThirtyTwoBitProgramIsHandedOverAndNeverStarted) {
-  target.system.add_file(L"C:\\old progs\\p32.exe", image(0x014C));
-  EXPECT_EQ(session(args({L"/console", L"C:\\old progs\\p32.exe", L"/p", L"x", L"y z"})), 0);
-  ASSERT_EQ(target.system.shell_commands.size(), 1u);
-  EXPECT_EQ(target.system.shell_commands[0], L"vantor /console \"C:\\old progs\\p32.exe\" /p x \"y z\"");
-  EXPECT_TRUE(target.system.created_command_lines.empty());
-  EXPECT_TRUE(DebuggerClosing);
-  EXPECT_EQ(output, "");
-}
-
-TEST_F(StartupTest, ASilentSessionRunsToTheEndAndRemembersTheCommandLine) {
+TEST_F(StartupTest, ASilentSessionRunsToTheEndWithTheSettingsAndRemembersTheCommandLine) {
   target.system.add_file(L"C:\\my progs\\p.exe", image(0x8664));
+  target.system.profile["C:\\Users\\me\\AppData\\vantor64.ini|Debugger-Win32"]["IgnoreException-7"] = "0xc0000094";
+  target.system.set_environment(L"SOURCEPATH", L"C:\\sources");
+  LogCommandLine = true;
   queue_run(L"C:\\my progs\\p.exe", 4);
   EXPECT_EQ(session(args({L"/console", L"/silent", L"C:\\my progs\\p.exe", L"/params", L"a", L"b c"})), 0);
   EXPECT_EQ(output, "");
-  ASSERT_EQ(target.system.created_command_lines.size(), 1u);
-  EXPECT_EQ(target.system.created_command_lines[0], L"\"C:\\my progs\\p.exe\" a \"b c\"");
-  EXPECT_EQ(full_command_line, L"\"C:\\my progs\\p.exe\" a \"b c\"");
+  const std::wstring line = L"\"C:\\my progs\\p.exe\" a \"b c\"";
+  EXPECT_EQ(target.system.created_command_lines, (std::vector<std::wstring>{line}));
   EXPECT_EQ(ProgramDirectory, L"C:\\my progs");
-  EXPECT_EQ(profile("LastCommandLine"), "\"C:\\my progs\\p.exe\" a \"b c\"");
-  ASSERT_NE(CurrentProcess, nullptr);
-  EXPECT_EQ(CurrentProcess->state(), psEnded);
-  EXPECT_TRUE(CurrentProcess->silent());
-}
-
-TEST_F(StartupTest, AConsoleSessionReportsTheEndAndClosesThePocess) {
-  target.system.add_file(L"p.exe", image(0x8664));
-  queue_run(L"p.exe", 3);
-  EXPECT_EQ(session(args({L"/console", L"p.exe"})), 0);
-  EXPECT_EQ(output, "Program ended with exit code 3\n");
-  EXPECT_EQ(CurrentProcess, nullptr);
-  EXPECT_EQ(target.system.created_command_lines[0], L"p.exe");
-}
-
-TEST_F(StartupTest, RunToIsKeptAsADeferredBreakpointOfTheProcess) {
-  target.system.add_file(L"p.exe", image(0x8664));
-  queue_run(L"p.exe", 0);
-  EXPECT_EQ(session(args({L"/console", L"/runto", L"main.f95", L"12", L"p.exe"})), 0);
-  ASSERT_NE(CurrentProcess, nullptr);
-  ASSERT_EQ(CurrentProcess->deferred_breakpoints().size(), 1u);
-  const auto& request = CurrentProcess->deferred_breakpoints()[0];
-  EXPECT_EQ(request.file, "main.f95");
-  EXPECT_EQ(request.line, 12);
-  EXPECT_EQ(request.after, 1);
-  EXPECT_EQ(request.every, 1);
-  EXPECT_EQ(RunToLine, 0);
-}
-
-TEST_F(StartupTest, SettingsAndEnvironmentFeedTheSession) {
-  target.system.add_file(L"p.exe", image(0x8664));
-  auto& section = target.system.profile["C:\\Users\\me\\AppData\\vantor64.ini|Debugger-Win32"];
-  section["IgnoreException-0"] = "E0005678";
-  section["IgnoreException-7"] = "0xc0000094";
-  section["IgnoreException-8"] = "not a code";
-  section["IgnoreException-9"] = "0";
-  target.system.set_environment(L"SOURCEPATH", L"C:\\sources");
-  LogCommandLine = true;
-  queue_run(L"p.exe", 0);
-  EXPECT_EQ(session(args({L"/console", L"/silent", L"p.exe"})), 0);
-  ASSERT_NE(CurrentProcess, nullptr);
-  EXPECT_EQ(CurrentProcess->ignored_exceptions(), (std::vector<std::uint32_t>{0xE0005678, 0xC0000094}));
+  const std::string narrow = "\"C:\\my progs\\p.exe\" a \"b c\"";
+  EXPECT_EQ(profile("LastCommandLine"), narrow);
   EXPECT_EQ(SourcePath, L"C:\\sources");
   const auto* log = target.system.file(L"vantor64.log");
   ASSERT_NE(log, nullptr);
-  EXPECT_EQ(std::string(log->begin(), log->end()), "p.exe\n");
-}
-
-TEST_F(StartupTest, AFailedLaunchInAConsoleSessionEndsIt) {
-  target.system.set_create_process_error(2);
-  EXPECT_EQ(session(args({L"/console", L"missing.exe"})), 1);
-  EXPECT_EQ(output, std::string("Error: There was a problem debugging your executable:\n\nFile not found\nError: ") +
-                        kConsoleUsage + "\n");
-  EXPECT_TRUE(DebuggerClosing);
-}
-
-TEST_F(StartupTest, WithoutAProgramAConsoleSessionShowsTheUsage) {
-  EXPECT_EQ(session(args({L"/console"})), 1);
-  EXPECT_EQ(output, std::string("Error: ") + kConsoleUsage + "\n");
+  EXPECT_EQ(std::string(log->begin(), log->end()), narrow + "\n");
+  ASSERT_NE(CurrentProcess, nullptr);
+  EXPECT_EQ(CurrentProcess->state(), psEnded);
+  EXPECT_TRUE(CurrentProcess->silent());
+  EXPECT_EQ(CurrentProcess->ignored_exceptions(), (std::vector<std::uint32_t>{0xC0000094}));
 }
 
 // C:\none.exe cannot be launched; everything else starts.

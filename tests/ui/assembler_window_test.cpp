@@ -1,11 +1,7 @@
 #include "ui/assembler_window.h"
 
-#include <gtest/gtest.h>
-
 #include "common/messages.h"
-#include "support/fake_target.h"
-#include "support/fake_window_library.h"
-#include "ui/settings.h"
+#include "ui/window_test.h"
 
 namespace vantor::ui {
 namespace {
@@ -29,11 +25,9 @@ class FakeCodeMap : public code_map {
   }
 };
 
-class AssemblerWindowTest : public ::testing::Test {
+class AssemblerWindowTest : public WindowTest {
  protected:
   AssemblerWindowTest() {
-    target.system.set_environment(L"APPDATA", L"C:\\AppData");
-    forget_settings_file_path();
     target.system.poke(0x401000, std::vector<std::uint8_t>{
                                      0x48, 0x83, 0xEC, 0x28,        // 401000 sub rsp, 28
                                      0xE8, 0x17, 0x00, 0x00, 0x00,  // 401004 call 401020
@@ -43,7 +37,6 @@ class AssemblerWindowTest : public ::testing::Test {
     for (Address a = 0x40100b; a < 0x401020; ++a) target.system.poke_value<std::uint8_t>(a, 0x90);
     target.system.poke_value<std::uint8_t>(0x401020, 0xC3);
   }
-  ~AssemblerWindowTest() override { forget_settings_file_path(); }
 
   std::unique_ptr<assembler_window> make_window(int rows) {
     auto window = std::make_unique<assembler_window>(target.memory, code, [](int frame, Address& pc) {
@@ -55,8 +48,6 @@ class AssemblerWindowTest : public ::testing::Test {
     return window;
   }
 
-  testing::FakeTarget target;
-  testing::FakeWindowLibrary library;
   FakeCodeMap code;
 };
 

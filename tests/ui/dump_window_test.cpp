@@ -1,28 +1,19 @@
 #include "ui/dump_window.h"
+#include "ui/window_test.h"
 
-#include <gtest/gtest.h>
-
-#include "support/fake_target.h"
-#include "support/fake_window_library.h"
-#include "ui/settings.h"
 
 namespace vantor::ui {
 namespace {
 
-class DumpWindowTest : public ::testing::Test {
+class DumpWindowTest : public WindowTest {
  protected:
   DumpWindowTest() {
-    target.system.set_environment(L"APPDATA", L"C:\\AppData");
-    forget_settings_file_path();
     std::vector<std::uint8_t> bytes(0x40);
     for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i);
     target.system.poke(kBase, bytes);
   }
-  ~DumpWindowTest() override { forget_settings_file_path(); }
 
   static constexpr Address kBase = 0x401000;
-  testing::FakeTarget target;
-  testing::FakeWindowLibrary library;
 };
 
 TEST_F(DumpWindowTest, LinesShowTheAddressAndBytesReadInOneCall) {

@@ -1,20 +1,14 @@
 #include "ui/source_window.h"
 
-#include <gtest/gtest.h>
-
 #include "common/messages.h"
-#include "support/fake_target.h"
-#include "support/fake_window_library.h"
-#include "ui/settings.h"
+#include "ui/window_test.h"
 
 namespace vantor::ui {
 namespace {
 
-class SourceWindowTest : public ::testing::Test {
+class SourceWindowTest : public WindowTest {
  protected:
   SourceWindowTest() {
-    target.system.set_environment(L"APPDATA", L"C:\\AppData");
-    forget_settings_file_path();
     ConsoleMode = false;
     file.recorded_name = L"solver.f95";
     file.full_path = L"C:\\src\\solver.f95";
@@ -22,7 +16,6 @@ class SourceWindowTest : public ::testing::Test {
                              "end program solver"})
       file.lines.push_back({text});
   }
-  ~SourceWindowTest() override { forget_settings_file_path(); }
 
   // Frame 0 stops at line 4 (0-based 3) of the file; frame 1 has no source.
   source_window make_window() {
@@ -37,8 +30,6 @@ class SourceWindowTest : public ::testing::Test {
         [](const source_file&, int line) { return line == 3; });
   }
 
-  testing::FakeTarget target;
-  testing::FakeWindowLibrary library;
   source_file file;
 };
 
