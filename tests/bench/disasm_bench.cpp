@@ -71,17 +71,9 @@ void walk_code(benchmark::State& state, Step step) {
   state.SetItemsProcessed(instructions);
 }
 
-void BM_DecodeWithIndex(benchmark::State& state) {
-  walk_code(state, [](const std::uint8_t* window, std::size_t) {
-    const auto decoded = vantor::disasm::decode_instruction(window, vantor::disasm::RowSearch::indexed);
-    benchmark::DoNotOptimize(decoded);
-    return decoded.length;
-  });
-}
-
-void BM_DecodeWithoutIndex(benchmark::State& state) {
-  walk_code(state, [](const std::uint8_t* window, std::size_t) {
-    const auto decoded = vantor::disasm::decode_instruction(window, vantor::disasm::RowSearch::linear);
+void BM_Decode(benchmark::State& state, vantor::disasm::RowSearch search) {
+  walk_code(state, [search](const std::uint8_t* window, std::size_t) {
+    const auto decoded = vantor::disasm::decode_instruction(window, search);
     benchmark::DoNotOptimize(decoded);
     return decoded.length;
   });
@@ -98,6 +90,6 @@ void BM_LineWithIndex(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(BM_DecodeWithIndex);
-BENCHMARK(BM_DecodeWithoutIndex);
+BENCHMARK_CAPTURE(BM_Decode, WithIndex, vantor::disasm::RowSearch::indexed);
+BENCHMARK_CAPTURE(BM_Decode, WithoutIndex, vantor::disasm::RowSearch::linear);
 BENCHMARK(BM_LineWithIndex);

@@ -10,11 +10,14 @@
 
 static volatile int zero = 0;
 static volatile int no_limit = 0x7FFFFFFF;
+static int handle_access_violations = 0;
 
-/* The program's own handler for the codes a debugger is expected to pass back. */
+/* The program's own handler for the codes a debugger is expected to pass back, and for
+   access violations when asked ("guarded-write"). */
 static LONG CALLBACK own_handler(EXCEPTION_POINTERS* info) {
   DWORD code = info->ExceptionRecord->ExceptionCode;
-  if (code == HANDLED_CODE || code == INFORMATION_CODE) {
+  if (code == HANDLED_CODE || code == INFORMATION_CODE ||
+      (code == EXCEPTION_ACCESS_VIOLATION && handle_access_violations)) {
     printf("handled 0x%08lX\n", (unsigned long)code);
     fflush(stdout);
     ExitProcess(HANDLER_EXIT_CODE);
@@ -37,7 +40,8 @@ int main(int argc, char** argv) {
   const char* what = argc > 1 ? argv[1] : "";
   AddVectoredExceptionHandler(1, own_handler);
   if (!strcmp(what, "read-null")) return *(volatile int*)0;
-  if (!strcmp(what, "write-null")) *(volatile int*)0 = 1;
+  handle_access_violations = !strcmp(what, "guarded-write");
+  if (!strcmp(what, "write-null") || handle_access_violations) *(volatile int*)0 = 1;
   if (!strcmp(what, "read-high")) return *(volatile int*)0x12345678;
   if (!strcmp(what, "jump")) ((void (*)(void))0x12345670)();
   if (!strcmp(what, "divide")) return 1000 / zero; /* 1 / x compiles without a division */

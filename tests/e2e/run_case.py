@@ -76,14 +76,9 @@ def prepare(case_dir, scratch, setup):
                     at += 1
             with open(os.path.join(scratch, words[0]), "wb") as f:
                 f.write(data)
-        elif directive == "text":  # text: NAME CONTENT
-            with open(os.path.join(scratch, words[0]), "w") as f:
-                f.write(" ".join(words[1:]) + "\n")
         elif directive == "source":  # source: FILE... (beside the case file)
             for word in words:
                 shutil.copy(os.path.join(case_dir, word), scratch)
-        elif directive == "dir":  # dir: NAME
-            os.makedirs(os.path.join(scratch, words[0]), exist_ok=True)
         elif directive == "build":  # build: SOURCE.f95 [f95mini options] -> SOURCE.exe unless -o names it
             source = os.path.join(case_dir, words[0])
             shutil.copy(source, scratch)

@@ -5,120 +5,67 @@
 #include <string>
 #include <vector>
 
-#include "common/messages.h"
-#include "debuggee.h"
 #include "debuginfo/module.h"
-#include "os/win32/win32_system.h"
 #include "process/data_breakpoints.h"
-#include "process/debugged_process.h"
-#include "stack/call_stack.h"
+#include "program_test.h"
 #include "stack/stack_window_text.h"
-#include "support/run_command.h"
-#include "values/element.h"
-#include "winlib/headless_library.h"
 
 namespace vantor {
 namespace {
 
 using testing::line_of;
-using testing::program_command;
 
-class BreakpointsTest : public ::testing::Test {
+class BreakpointsTest : public testing::ProgramTest {
  protected:
-  void SetUp() override {
-    os::set_system(&system);
-    winlib::set_window_library(&windows);
-    ConsoleMode = true;
+  std::int64_t set_breakpoint(const std::string& file, const std::string& marker, std::int32_t after = 1,
+                              std::int32_t every = 1, const std::string& condition = "") {
+    return process.breakpoints().set_breakpoint(file, line_of(file, marker), after, every, condition);
   }
-  void TearDown() override {
-    if (process.launched() && process.state() != psEnded) process.end();
-    winlib::set_window_library(nullptr);
-  }
-
-  // Launches the program and steps into its first line, as a session begins.
-  void start(const std::wstring& name) {
-    ASSERT_TRUE(process.launch(program_command(name))) << process.status_text();
-    ASSERT_EQ(command(kModeStepInto), psStopped) << process.status_text();
-  }
-  std::int32_t command(std::int32_t mode) { return testing::run_command(process, mode); }
-  // The line of the innermost frame that has one (0 when none has).
-  std::int32_t stopped_line() {
-    CallStack* stack = process.current_stack();
-    if (!stack) return 0;
-    for (std::int32_t i = 0; i < stack->depth(); ++i)
-      if (std::int32_t line = stack->information(i).line; line > 0) return line;
-    return 0;
-  }
-  std::string stopped_routine() {
-    CallStack* stack = process.current_stack();
-    return stack && stack->depth() > 0 ? stack->information(0).routine_name : "";
-  }
-  std::int64_t set_breakpoint(const std::string& file, const std::string& marker, std::int32_t after,
-                              std::int32_t every) {
-    return process.breakpoints().set_breakpoint(file, line_of(file, marker), after, every, "");
-  }
-  std::unique_ptr<element> variable(const std::string& name) {
-    StackFrame* frame = process.current_stack() ? process.current_stack()->frame(0) : nullptr;
-    return frame ? frame->find_variable(name) : nullptr;
-  }
-  // Takes every free hardware slot with a write watch on bytes nobody writes: the image's
-  // own headers.
-  void take_every_slot() {
+  std::uint32_t hits(std::int64_t id) { return process.breakpoints().find(static_cast<std::uint32_t>(id))->hits; }
+  // Takes `count` hardware slots with write watches on bytes nobody writes: the image's own
+  // headers.
+  void take_slots(int count) {
     Address headers = process.modules().back()->load_base();
-    while (process.hardware_slots().free_hardware_slots() > 0)
+    for (int i = 0; i < count; ++i)
       process.breakpoints().set_hardware_slot(kAccessWrite, kSlotDataBreakpoint, headers += 0x40, 8);
   }
-
-  os::Win32System system;
-  winlib::HeadlessLibrary windows;
-  DebuggedProcess process;
 };
 
 // ---- code breakpoints ----------------------------------------------------------------
 
-TEST_F(BreakpointsTest, AfterThreeEveryTwoStopsOnHitsThreeFiveSevenNine) {
-  start(L"stepping");
-  std::int64_t id = set_breakpoint("stepping.f95", "loop body", 3, 2);
-  ASSERT_GE(id, 1);
-  std::vector<std::uint32_t> stops;
-  while (command(kModeGo) == psStopped) {
-    EXPECT_EQ(stopped_line(), line_of("stepping.f95", "loop body"));
-    stops.push_back(process.breakpoints().find(static_cast<std::uint32_t>(id))->hits);
-  }
-  EXPECT_EQ(process.state(), psEnded);
-  EXPECT_EQ(stops, (std::vector<std::uint32_t>{3, 5, 7, 9}));
-  EXPECT_EQ(process.breakpoints().find(static_cast<std::uint32_t>(id))->hits, 10u);
-}
-
+// (After three, every two: the scripted session end to end, e2e.script_session.)
 TEST_F(BreakpointsTest, AfterZeroCountsHitsAndNeverStops) {
   start(L"stepping");
   std::int64_t id = set_breakpoint("stepping.f95", "loop body", 0, 1);
   EXPECT_EQ(command(kModeGo), psEnded);
-  EXPECT_EQ(process.breakpoints().find(static_cast<std::uint32_t>(id))->hits, 10u);
+  EXPECT_EQ(hits(id), 10u);
 }
 
+// The session's first step leaves the line traps armed: the breakpoint must still stop.
 TEST_F(BreakpointsTest, ABreakpointSetWhileLineTrapsAreArmedStopsAfterGo) {
   start(L"stepping");
   ASSERT_TRUE(process.line_traps_armed());
-  ASSERT_GE(set_breakpoint("stepping.f95", "after work", 1, 1), 1);
+  ASSERT_GE(set_breakpoint("stepping.f95", "after work"), 1);
   ASSERT_EQ(command(kModeGo), psStopped);
   EXPECT_EQ(stopped_line(), line_of("stepping.f95", "after work"));
   EXPECT_EQ(stack_status_line(process), "Status: breakpoint");
 }
 
+// "=" compares in a condition; the other nine hits run on.
 TEST_F(BreakpointsTest, AConditionStopsOnlyWhenTrue) {
   start(L"stepping");
-  process.breakpoints().set_breakpoint("stepping.f95", line_of("stepping.f95", "loop body"), 1, 1, "i = 7");
+  ASSERT_GE(set_breakpoint("stepping.f95", "loop body", 1, 1, "i = 7"), 1);
   ASSERT_EQ(command(kModeGo), psStopped);
   auto i = variable("i");
   ASSERT_TRUE(i);
   EXPECT_EQ(value_int32(*i, process), 7);
+  EXPECT_EQ(command(kModeGo), psEnded);
 }
 
 TEST_F(BreakpointsTest, AFullPathAndALineWithoutCodeAreResolvedOrRefused) {
   start(L"stepping");
   EXPECT_EQ(process.breakpoints().set_breakpoint("stepping.f95", 1, 1, 1, ""), -1);  // a comment line
-  std::string full = process.current_stack()->information(0).source_file_name;
+  std::string full = stack().information(0).source_file_name;
   ASSERT_NE(full.find('\\'), std::string::npos) << full;
   EXPECT_GE(process.breakpoints().set_breakpoint(full, line_of("stepping.f95", "leaf body"), 1, 1, ""), 1);
   ASSERT_EQ(command(kModeGo), psStopped);
@@ -127,57 +74,50 @@ TEST_F(BreakpointsTest, AFullPathAndALineWithoutCodeAreResolvedOrRefused) {
 
 // ---- stepping ------------------------------------------------------------------------
 
-TEST_F(BreakpointsTest, StepOverACallStopsAtTheCallersNextLine) {
+// A step from a stop at a marked line of stepping.f95: where it ends, by routine or line.
+struct Step {
+  const char* name;
+  const char* from;
+  std::int32_t mode;
+  int slots_taken;
+  const char* routine;  // or nullptr
+  const char* line;     // a marker, or nullptr
+};
+
+class StepTest : public BreakpointsTest, public ::testing::WithParamInterface<Step> {};
+
+TEST_P(StepTest, StopsWhereTheStepEnds) {
+  const Step& step = GetParam();
   start(L"stepping");
-  set_breakpoint("stepping.f95", "call work", 1, 1);
+  set_breakpoint("stepping.f95", step.from);
   ASSERT_EQ(command(kModeGo), psStopped);
-  ASSERT_EQ(command(kModeStepOver), psStopped);
-  EXPECT_EQ(stopped_line(), line_of("stepping.f95", "after work"));
-  EXPECT_EQ(process.hardware_slots().free_hardware_slots(), 4);  // the return watch is gone
+  take_slots(step.slots_taken);
+  ASSERT_EQ(command(step.mode), psStopped);
+  if (step.routine) {
+    EXPECT_EQ(stopped_routine(), step.routine);
+  }
+  if (step.line) {
+    EXPECT_EQ(stopped_line(), line_of("stepping.f95", step.line));
+  }
+  EXPECT_EQ(process.hardware_slots().free_hardware_slots(), 4 - step.slots_taken);  // no return watch left
 }
 
-TEST_F(BreakpointsTest, StepIntoEntersTheCalledRoutine) {
-  start(L"stepping");
-  set_breakpoint("stepping.f95", "call work", 1, 1);
-  ASSERT_EQ(command(kModeGo), psStopped);
-  ASSERT_EQ(command(kModeStepInto), psStopped);
-  EXPECT_EQ(stopped_routine(), "WORK");
-}
-
-TEST_F(BreakpointsTest, StepOverWithEveryRegisterTakenBehavesAsStepInto) {
-  start(L"stepping");
-  set_breakpoint("stepping.f95", "call work", 1, 1);
-  ASSERT_EQ(command(kModeGo), psStopped);
-  take_every_slot();
-  ASSERT_EQ(command(kModeStepOver), psStopped);
-  EXPECT_EQ(stopped_routine(), "WORK");
-}
-
-TEST_F(BreakpointsTest, StepOutReturnsToTheCallersNextLineStart) {
-  start(L"stepping");
-  set_breakpoint("stepping.f95", "leaf body", 1, 1);
-  ASSERT_EQ(command(kModeGo), psStopped);
-  ASSERT_EQ(command(kModeStepOut), psStopped);
-  EXPECT_EQ(stopped_routine(), "WORK");
-  EXPECT_EQ(stopped_line(), line_of("stepping.f95", "work last statement"));
-  ASSERT_EQ(command(kModeStepOut), psStopped);
-  EXPECT_EQ(stopped_line(), line_of("stepping.f95", "after work"));
-}
-
-TEST_F(BreakpointsTest, StepOverAtTheLastLineOfARoutineStopsInItsCaller) {
-  start(L"stepping");
-  set_breakpoint("stepping.f95", "work end", 1, 1);
-  ASSERT_EQ(command(kModeGo), psStopped);
-  ASSERT_EQ(command(kModeStepOver), psStopped);
-  EXPECT_EQ(stopped_line(), line_of("stepping.f95", "after work"));
-}
+INSTANTIATE_TEST_SUITE_P(
+    Wine, StepTest,
+    ::testing::Values(Step{"OverACall", "call work", kModeStepOver, 0, nullptr, "after work"},
+                      Step{"IntoACall", "call work", kModeStepInto, 0, "WORK", nullptr},
+                      // With every register taken there is no return watch: a step into.
+                      Step{"OverWithEveryRegisterTaken", "call work", kModeStepOver, 4, "WORK", nullptr},
+                      Step{"OutToTheCallersNextLineStart", "leaf body", kModeStepOut, 0, "WORK", "work last statement"},
+                      Step{"OverTheLastLineOfARoutine", "work end", kModeStepOver, 0, nullptr, "after work"}),
+    [](const ::testing::TestParamInfo<Step>& info) { return std::string(info.param.name); });
 
 // The callee's own breakpoint stops the step inside it, and the return watch the step had
 // placed does not outlive that stop.
 TEST_F(BreakpointsTest, StepOverACallStopsAtABreakpointInTheCallee) {
   start(L"stepping");
-  set_breakpoint("stepping.f95", "call work", 1, 1);
-  set_breakpoint("stepping.f95", "leaf body", 1, 1);
+  set_breakpoint("stepping.f95", "call work");
+  set_breakpoint("stepping.f95", "leaf body");
   ASSERT_EQ(command(kModeGo), psStopped);
   ASSERT_EQ(command(kModeStepOver), psStopped);
   EXPECT_EQ(stopped_routine(), "LEAF");
@@ -191,7 +131,7 @@ TEST_F(BreakpointsTest, StepOverACallStopsAtABreakpointInTheCallee) {
 
 TEST_F(BreakpointsTest, RunToAnInstructionStopsThereOnce) {
   start(L"stepping");
-  std::int64_t id = set_breakpoint("stepping.f95", "after work", 1, 1);
+  std::int64_t id = set_breakpoint("stepping.f95", "after work");
   ASSERT_GE(id, 1);
   const Address instruction = process.breakpoints().find(static_cast<std::uint32_t>(id))->address + 1;
   process.breakpoints().remove_breakpoint(static_cast<std::uint32_t>(id));
@@ -207,9 +147,8 @@ TEST_F(BreakpointsTest, OneInstructionMovesTheProgramByOneInstruction) {
   start(L"stepping");
   Address before = process.context().rip;
   ASSERT_EQ(command(kModeOneInstruction), psStopped);
-  Address after = process.context().rip;
-  EXPECT_GT(after, before);
-  EXPECT_LT(after, before + 16);
+  EXPECT_GT(process.context().rip, before);
+  EXPECT_LT(process.context().rip, before + 16);
   EXPECT_EQ(command(kModeGo), psEnded);  // the trap flag is not left behind
 }
 
@@ -227,7 +166,6 @@ TEST_F(BreakpointsTest, AWriteBreakpointStopsOnWritesOnlyWhateverItsCounts) {
   // "watched = 0" on this line, then the loop's writes; its reads never stop.
   std::vector<std::int32_t> lines;
   for (int stop = 0; stop < 4 && command(kModeGo) == psStopped; ++stop) {
-    EXPECT_EQ(process.stop_reason(), kStopWriteDataBreakpoint);
     EXPECT_EQ(stack_status_line(process), "Status: Write data breakpoint");
     lines.push_back(stopped_line());
   }
@@ -240,14 +178,12 @@ TEST_F(BreakpointsTest, AWriteBreakpointStopsOnWritesOnlyWhateverItsCounts) {
 
 TEST_F(BreakpointsTest, AUseBreakpointStopsOnARead) {
   start(L"data_watch");
-  set_breakpoint("data_watch.f95", "reads watched", 1, 1);
-  ASSERT_EQ(command(kModeGo), psStopped);
+  run_to("data_watch.f95", "reads watched");
   process.breakpoints().clear_breakpoints();
   auto watched = variable("watched");
   ASSERT_TRUE(watched);
   ASSERT_TRUE(set_data_breakpoint_on_value(process.breakpoints(), *watched, kAccessUse));
   ASSERT_EQ(command(kModeGo), psStopped);  // the read is on this very line
-  EXPECT_EQ(process.stop_reason(), kStopUseDataBreakpoint);
   EXPECT_EQ(stack_status_line(process), "Status: Use data breakpoint");
   EXPECT_EQ(stopped_line(), line_of("data_watch.f95", "reads watched"));
 }
@@ -256,8 +192,7 @@ TEST_F(BreakpointsTest, AUseBreakpointStopsOnARead) {
 // unwatched. A 7-byte string gets one 4-byte watch on its first bytes.
 TEST_F(BreakpointsTest, PartialCoversWatchOnlyTheirFirstBytes) {
   start(L"data_watch");
-  set_breakpoint("data_watch.f95", "writes triple tail", 1, 1);
-  ASSERT_EQ(command(kModeGo), psStopped);
+  run_to("data_watch.f95", "writes triple tail");
   process.breakpoints().clear_breakpoints();
   auto triple = variable("triple");
   auto seven = variable("seven");
@@ -265,9 +200,7 @@ TEST_F(BreakpointsTest, PartialCoversWatchOnlyTheirFirstBytes) {
   ASSERT_EQ(triple->size, 12);
   ASSERT_EQ(seven->size, 7);
 
-  Address headers = process.modules().back()->load_base();
-  for (int i = 1; i <= 3; ++i)
-    process.breakpoints().set_hardware_slot(kAccessWrite, kSlotDataBreakpoint, headers + 0x40 * i, 8);
+  take_slots(3);
   ASSERT_TRUE(set_data_breakpoint_on_value(process.breakpoints(), *triple, kAccessWrite));
   EXPECT_EQ(process.hardware_slots()[3].address, triple->address);
   EXPECT_EQ(process.hardware_slots()[3].size, 8u);
@@ -304,28 +237,27 @@ TEST_F(BreakpointsTest, ThirtyTwoBytesTakeAllFourSlotsAndFortyAreRefused) {
   EXPECT_EQ(process.hardware_slots().slot_hit(process.context().dr6), 3);  // wide(4) is the last eight
 }
 
-// ---- deferred requests ---------------------------------------------------------------
+// ---- libraries loaded later ----------------------------------------------------------
 
+// lines.exe loads lines_moved.dll while it runs, through C code without lines.
 TEST_F(BreakpointsTest, ABreakpointResolvesInALibraryLoadedLater) {
-  ASSERT_TRUE(process.launch(program_command(L"late_dll"))) << process.status_text();
-  process.add_deferred_breakpoint({"late_dll_lib.f95", "", line_of("late_dll_lib.f95", "late work"), 1, 1});
+  ASSERT_TRUE(process.launch(testing::program_command(L"lines"))) << process.status_text();
+  process.add_deferred_breakpoint({"lines_moved.f95", "", line_of("lines_moved.f95", "moved work"), 1, 1});
   ASSERT_EQ(command(kModeStepInto), psStopped);
   EXPECT_EQ(process.deferred_breakpoints().size(), 1u);  // the library is not loaded yet
   ASSERT_EQ(command(kModeGo), psStopped);
   EXPECT_TRUE(process.deferred_breakpoints().empty());
-  EXPECT_EQ(stopped_routine(), "LATE_WORK");
-  EXPECT_EQ(stopped_line(), line_of("late_dll_lib.f95", "late work"));
+  EXPECT_EQ(stopped_routine(), "MOVED_WORK");
+  EXPECT_EQ(stopped_line(), line_of("lines_moved.f95", "moved work"));
 }
 
 // The library is loaded by the very call being stepped into: its routine has debug
 // information, so the step stops at its first line.
 TEST_F(BreakpointsTest, StepIntoEntersARoutineOfALibraryLoadedDuringTheStep) {
-  start(L"late_dll");
-  ASSERT_GE(set_breakpoint("late_dll.f95", "load the library", 1, 1), 1);
-  ASSERT_EQ(command(kModeGo), psStopped);
-  ASSERT_EQ(stopped_line(), line_of("late_dll.f95", "load the library"));
+  start(L"lines");
+  run_to("lines.f95", "load the library");
   ASSERT_EQ(command(kModeStepInto), psStopped);
-  EXPECT_EQ(stopped_routine(), "LATE_WORK");
+  EXPECT_EQ(stopped_routine(), "MOVED_WORK");
 }
 
 }  // namespace

@@ -13,8 +13,6 @@ export ASAN_OPTIONS=detect_leaks=0
 "$f95mini" --link lines_lib.dll --c "$src/load_moved.c" "$src/lines.f95" -o lines.exe
 "$f95mini" "$src/stepping.f95" -o stepping.exe
 "$f95mini" "$src/data_watch.f95" -o data_watch.exe
-"$f95mini" --dll "$src/late_dll_lib.f95" -o late_dll_lib.dll
-"$f95mini" --c "$src/late_dll_loader.c" "$src/late_dll.f95" -o late_dll.exe
 # Call-stack walks: recursion, large frames, a C library between Fortran frames or below
 # them, a library with static data (also called from a C program), and variables of every
 # address type.
@@ -31,10 +29,8 @@ x86_64-w64-mingw32-gcc-posix -shared -O1 -gdwarf-4 -Wall -Wextra -static-libgcc 
 "$f95mini" --dll "$src/dll_data_lib.f95" -o dll_data_lib.dll
 "$f95mini" --link dll_data_lib.dll "$src/dll_data.f95" -o dll_data.exe
 x86_64-w64-mingw32-gcc-posix -O1 -gdwarf-4 -Wall -Wextra -o c_calls_fortran.exe "$src/c_calls_fortran.c" dll_data_lib.dll
-# Values at real stops: every supported type, and a checking build's never-assigned values.
-values=$(cd "$src/../values" && pwd)
-"$f95mini" "$values/all_types.f95" -o all_types.exe
-"$f95mini" --undef "$values/undefined.f95" -o undefined.exe
+# Values at real stops: every supported type, in a checking build for never-assigned values.
+"$f95mini" --undef "$src/../values/all_types.f95" -o all_types.exe
 # Finding source text: a program whose line tables record only the bare file name.
 "$f95mini" --record-name bare "$src/stepping.f95" -o stepping_bare.exe
 echo "built the test programs in $out"

@@ -14,26 +14,13 @@ class CountingSystem : public os::Win32System {
   struct Counts {
     std::size_t reads = 0, writes = 0, get_contexts = 0, set_contexts = 0, waits = 0, continues = 0, walks = 0;
     std::size_t total() const { return reads + writes + get_contexts + set_contexts + waits + continues + walks; }
-    Counts& operator+=(const Counts& other) {
-      reads += other.reads;
-      writes += other.writes;
-      get_contexts += other.get_contexts;
-      set_contexts += other.set_contexts;
-      waits += other.waits;
-      continues += other.continues;
-      walks += other.walks;
-      return *this;
+    Counts operator-(const Counts& e) const {
+      return {reads - e.reads, writes - e.writes, get_contexts - e.get_contexts, set_contexts - e.set_contexts,
+              waits - e.waits, continues - e.continues, walks - e.walks};
     }
-    Counts operator-(const Counts& earlier) const {
-      Counts d;
-      d.reads = reads - earlier.reads;
-      d.writes = writes - earlier.writes;
-      d.get_contexts = get_contexts - earlier.get_contexts;
-      d.set_contexts = set_contexts - earlier.set_contexts;
-      d.waits = waits - earlier.waits;
-      d.continues = continues - earlier.continues;
-      d.walks = walks - earlier.walks;
-      return d;
+    Counts& operator+=(const Counts& o) {
+      return *this = {reads + o.reads, writes + o.writes, get_contexts + o.get_contexts, set_contexts + o.set_contexts,
+                      waits + o.waits, continues + o.continues, walks + o.walks};
     }
   };
 

@@ -31,10 +31,15 @@ inline std::wstring debuggee_command(const std::wstring& name, const std::wstrin
   return line;
 }
 
-// A command line for a test-compiler program of tests/integration/programs.
-inline std::wstring program_command(const std::wstring& name, const std::wstring& arguments = L"") {
-  std::wstring line = L"\"" + test_executable_directory() + L"\\debuggees\\f95\\" + name + L".exe\"";
-  return arguments.empty() ? line : line + L" " + arguments;
+// A file built from tests/integration/programs, and a command line for one of its programs.
+inline std::wstring program_path(const std::wstring& file) {
+  return test_executable_directory() + L"\\debuggees\\f95\\" + file;
+}
+inline std::wstring program_command(const std::wstring& name) { return L"\"" + program_path(name + L".exe") + L"\""; }
+
+// Whether a path ends with `tail`, letters of either case alike.
+inline bool ends_with(const std::wstring& text, const std::wstring& tail) {
+  return text.size() >= tail.size() && _wcsicmp(text.c_str() + text.size() - tail.size(), tail.c_str()) == 0;
 }
 
 // The number of the line of tests/integration/programs/`source` that holds "! `marker`"

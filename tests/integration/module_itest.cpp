@@ -21,13 +21,8 @@
 namespace vantor {
 namespace {
 
-std::wstring f95_debuggee(const std::wstring& file) {
-  return testing::test_executable_directory() + L"\\debuggees\\f95\\" + file;
-}
-
-bool ends_with(const std::wstring& text, const std::wstring& tail) {
-  return text.size() >= tail.size() && _wcsicmp(text.c_str() + text.size() - tail.size(), tail.c_str()) == 0;
-}
+using testing::ends_with;
+using testing::program_path;
 
 // Routine addresses by export name, as the system's own loader computes them from the file:
 // an oracle for the map's relative addresses that owes nothing to the debug tables.
@@ -51,7 +46,7 @@ class ModuleUnderWineTest : public ::testing::Test {
     os::set_system(&system);
     winlib::set_window_library(&windows);
     ConsoleMode = true;
-    ASSERT_TRUE(process.launch(L"\"" + f95_debuggee(L"lines.exe") + L"\"")) << process.status_text();
+    ASSERT_TRUE(process.launch(L"\"" + program_path(L"lines.exe") + L"\"")) << process.status_text();
     system.resume_thread(process.thread_handle());
   }
   void TearDown() override {
@@ -174,48 +169,42 @@ class ModuleUnderWineTest : public ::testing::Test {
   bool exited = false;
 };
 
-TEST_F(ModuleUnderWineTest, TheProgramsTablesAreReadWhole) {
-  Module* program = run_until_loaded(L"lines.exe");
-  ASSERT_NE(program, nullptr);
-  EXPECT_TRUE(program->main_image());
-  expect_routine_ranges(*program);
-  for (const char* name : {"LINES", "ACCUMULATE", "TRIPLE", "exit", "__get_common_info"})
-    EXPECT_NE(program->routine_start(name), 0u) << name;
-  const MapEntry* accumulate = program->routine_at(program->routine_start("ACCUMULATE"));
+// The program, the library it links and the one it loads into a taken place, in the order
+// they load: each one's map over every routine, lines and traps; the libraries' routines
+// where the system's loader finds their exports.
+TEST_F(ModuleUnderWineTest, EveryImagesTablesAreReadWhole) {
+  const struct {
+    const wchar_t* file;
+    std::vector<const char*> routines;
+  } images[] = {
+      {L"lines.exe", {"LINES", "ACCUMULATE", "TRIPLE", "exit", "__get_common_info"}},
+      {L"lines_lib.dll", {"LIB_ADD", "LIB_REPORT"}},
+      {L"lines_moved.dll", {"MOVED_WORK", "MOVED_HELPER"}},
+  };
+  for (const auto& image : images) {
+    SCOPED_TRACE(narrow_from_wide(image.file));
+    Module* module = run_until_loaded(image.file);
+    ASSERT_NE(module, nullptr);
+    EXPECT_EQ(module->main_image(), image.file == images[0].file);
+    expect_routine_ranges(*module);
+    for (const char* name : image.routines) {
+      EXPECT_NE(module->routine_start(name), 0u) << name;
+      if (module->main_image()) continue;
+      std::uint32_t rva = export_rva(program_path(image.file), name);
+      ASSERT_NE(rva, 0u) << name;
+      EXPECT_EQ(module->routine_start(name), module->load_base() + rva) << name;
+    }
+    expect_lines_round_trip(*module);
+    expect_trap_bytes(*module);
+  }
+  Module& program = *module_named(L"lines.exe");
+  const MapEntry* accumulate = program.routine_at(program.routine_start("ACCUMULATE"));
   ASSERT_TRUE(accumulate && accumulate->has_lines());
   EXPECT_TRUE(ends_with(wide_from_narrow(accumulate->lines->file_name), L"\\lines.f95"));
-  expect_lines_round_trip(*program);
-  expect_trap_bytes(*program);
-}
-
-TEST_F(ModuleUnderWineTest, ALinkedDllsRoutinesAreWhereItsExportsSay) {
-  Module* library = run_until_loaded(L"lines_lib.dll");
-  ASSERT_NE(library, nullptr);
-  EXPECT_FALSE(library->main_image());
-  expect_routine_ranges(*library);
-  for (const char* name : {"LIB_ADD", "LIB_REPORT"}) {
-    std::uint32_t rva = export_rva(f95_debuggee(L"lines_lib.dll"), name);
-    ASSERT_NE(rva, 0u) << name;
-    EXPECT_EQ(library->routine_start(name), library->load_base() + rva) << name;
-  }
-  expect_lines_round_trip(*library);
-  expect_trap_bytes(*library);
-}
-
-TEST_F(ModuleUnderWineTest, ADllLoadedAwayFromItsPreferredBaseIsRelocated) {
-  Module* moved = run_until_loaded(L"lines_moved.dll");
-  ASSERT_NE(moved, nullptr);
+  Module& moved = *module_named(L"lines_moved.dll");
   std::uint64_t preferred;
-  std::memcpy(&preferred, moved->optional_header() + 24, 8);
-  ASSERT_NE(moved->load_base(), preferred) << "the DLL was not moved";
-  expect_routine_ranges(*moved);
-  for (const char* name : {"MOVED_WORK", "MOVED_HELPER"}) {
-    std::uint32_t rva = export_rva(f95_debuggee(L"lines_moved.dll"), name);
-    ASSERT_NE(rva, 0u) << name;
-    EXPECT_EQ(moved->routine_start(name), moved->load_base() + rva) << name;
-  }
-  expect_lines_round_trip(*moved);
-  expect_trap_bytes(*moved);
+  std::memcpy(&preferred, moved.optional_header() + 24, 8);
+  EXPECT_NE(moved.load_base(), preferred) << "the DLL was not moved";
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // Restarting a real program under Wine: the user's breakpoints stop the new run where they
-// stopped the old one, the debugger's own temporary ones are gone, and without the option
-// the new run has none.
+// stopped the old one, and the debugger's own temporary ones are gone.
 #include <gtest/gtest.h>
 
 #include "common/messages.h"
@@ -80,18 +79,6 @@ TEST_F(RestartUnderWineTest, KeptBreakpointsStopTheNewRunAndTemporaryOnesAreDrop
   EXPECT_GT(first, 0);
   EXPECT_LT(first, after_work);
   EXPECT_EQ(run(kGoCommand), after_work);
-  EXPECT_EQ(run(kGoCommand), 0);
-  EXPECT_EQ(CurrentProcess->state(), psEnded);
-}
-
-TEST_F(RestartUnderWineTest, WithoutTheOptionTheNewRunHasNoBreakpoints) {
-  ASSERT_GT(run(kStepIntoCommand), 0);
-  ASSERT_GE(CurrentProcess->breakpoints().set_breakpoint(kSource, testing::line_of(kSource, "after work"), 1, 1, ""),
-            1);
-  RestartProgram();
-  ASSERT_NE(CurrentProcess, nullptr);
-  EXPECT_EQ(CurrentProcess->breakpoints().count(), 0);
-  EXPECT_GT(run(kStepIntoCommand), 0);
   EXPECT_EQ(run(kGoCommand), 0);
   EXPECT_EQ(CurrentProcess->state(), psEnded);
 }

@@ -11,26 +11,16 @@
 #include <string>
 #include <vector>
 
-#include "common/messages.h"
-#include "counting_system.h"
-#include "debuggee.h"
 #include "debuginfo/module.h"
-#include "pausing_library.h"
-#include "process/debugged_process.h"
-#include "process/stepping.h"
-#include "process/user_space_buffer.h"
-#include "stack/call_stack.h"
+#include "program_test.h"
 #include "stack/f95_stack_frame.h"
 #include "stack/microsoft_stack_frame.h"
-#include "support/run_command.h"
-#include "values/element.h"
 #include "values/error_codes.h"
 
 namespace vantor {
 namespace {
 
 using testing::line_of;
-using testing::program_command;
 
 bool same_name(const std::string& a, const std::string& b) { return _stricmp(a.c_str(), b.c_str()) == 0; }
 
@@ -38,47 +28,20 @@ std::string module_name(const Module* module) {
   return module ? narrow_from_wide(module->display_name()) : std::string("(none)");
 }
 
-class StackUnderWineTest : public ::testing::Test {
+class StackUnderWineTest : public testing::ProgramTest {
  protected:
-  void SetUp() override {
-    os::set_system(&system);
-    winlib::set_window_library(&windows);
-    ConsoleMode = true;
-  }
-  void TearDown() override {
-    if (process.launched() && process.state() != psEnded) process.end();
-    winlib::set_window_library(nullptr);
-  }
-
-  // Launches the program and steps into its first line, as a session begins.
-  void start(const std::wstring& name) {
-    ASSERT_TRUE(process.launch(program_command(name))) << process.status_text();
-    ASSERT_EQ(command(kModeStepInto), psStopped) << process.status_text();
-  }
-  std::int32_t command(std::int32_t mode) { return testing::run_command(process, mode); }
-  // Runs to the line of `source` marked `marker` through a breakpoint there.
-  void run_to(const std::string& source, const std::string& marker) {
-    ASSERT_GE(process.breakpoints().set_breakpoint(source, line_of(source, marker), 1, 1, ""), 1);
-    ASSERT_EQ(command(kModeGo), psStopped) << process.status_text();
-  }
-
-  CallStack& stack() { return *process.current_stack(); }
   F95StackFrame* f95_frame(std::int32_t index) { return dynamic_cast<F95StackFrame*>(stack().frame(index)); }
 
-  // The value `size` bytes long at the address the frame computes for its variable `name`.
+  // The value at the address the frame computes for its variable `name`.
   template <typename T>
   T value_of(std::int32_t frame_index, const std::string& name) {
     T value{};
     F95StackFrame* frame = f95_frame(frame_index);
-    if (!frame) {
-      ADD_FAILURE() << "frame " << frame_index << " is not one of our compiler's";
-      return value;
-    }
     const VariableRecord* record = nullptr;
-    for (int i = 0; i < frame->variable_count() && !record; ++i)
+    for (int i = 0; frame && i < frame->variable_count() && !record; ++i)
       if (same_name(frame->variable_record(i)->name, name)) record = frame->variable_record(i);
     if (!record) {
-      ADD_FAILURE() << "no variable " << name << " in " << frame->routine_name();
+      ADD_FAILURE() << "no variable " << name << " in our compiler's frame " << frame_index;
       return value;
     }
     address_types_seen.insert(record->address_type());
@@ -89,9 +52,6 @@ class StackUnderWineTest : public ::testing::Test {
     return value;
   }
 
-  testing::CountingSystem system;
-  testing::PausingLibrary windows;
-  DebuggedProcess process;
   std::set<std::uint32_t> address_types_seen;
   Address last_address = 0;
 };
@@ -100,6 +60,14 @@ class StackUnderWineTest : public ::testing::Test {
 
 TEST_F(StackUnderWineTest, RecursionFiftyDeepListsExactlyForty) {
   start(L"stack_shapes");
+  // The run-time library answered at the first stop that there is no COMMON list: asking
+  // for a block reads nothing.
+  EXPECT_EQ(process.common_info_address(), 0u);
+  const std::size_t reads = system.counts.reads;
+  EXPECT_EQ(process.common_block_address("/SHARED/"), 0u);
+  EXPECT_TRUE(process.common_blocks().empty());
+  EXPECT_EQ(system.counts.reads, reads);
+
   run_to("stack_shapes.f95", "stop: deepest");
   ASSERT_EQ(stack().depth(), 40);
   const std::int32_t call_line = line_of("stack_shapes.f95", "stop: recursive call");
@@ -227,7 +195,6 @@ TEST_F(StackUnderWineTest, ALibraryLoadedAfterTheSymbolHandlerStartedIsUnwoundAn
 
 TEST_F(StackUnderWineTest, PausedInsideTheSystemTheWalkHandsOverToFortranAtTheEnd) {
   start(L"waiting");
-  windows.process = &process;
   windows.pause_on_yield = 1;
   ASSERT_EQ(command(kModeGo), psPaused) << process.status_text();
   ASSERT_GE(stack().depth(), 3);
@@ -267,31 +234,6 @@ TEST_F(StackUnderWineTest, AStopInsideALibraryRoutineFindsItsStaticData) {
   EXPECT_EQ(value_of<std::int32_t>(0, "n"), 1);
 }
 
-TEST_F(StackUnderWineTest, TheCallersOfAProgramsMainAreNamedThroughTheSymbolHandler) {
-  ASSERT_TRUE(process.launch(testing::debuggee_command(L"faults", L"read-null"))) << process.status_text();
-  ASSERT_EQ(process.run(kModeGo), psFailed);
-  ASSERT_GE(stack().depth(), 3);
-  std::vector<std::string> modules;
-  for (const auto& item : stack().items()) {
-    EXPECT_EQ(dynamic_cast<MicrosoftStackFrame*>(item.frame.get()) != nullptr, true);
-    modules.push_back(module_name(item.module));
-  }
-  EXPECT_EQ(modules.front(), "faults.exe");
-  EXPECT_EQ(stack().frame(0)->index, 0);
-  // The start of every thread: kernel32 calls the program's entry, ntdll calls kernel32.
-  auto kernel32 = std::find(modules.begin(), modules.end(), "kernel32.dll");
-  auto ntdll = std::find(modules.begin(), modules.end(), "ntdll.dll");
-  ASSERT_NE(kernel32, modules.end());
-  ASSERT_NE(ntdll, modules.end());
-  EXPECT_LT(kernel32, ntdll);
-  for (std::size_t i = 0; i < modules.size(); ++i) {
-    std::string name = stack().frame(static_cast<std::int32_t>(i))->routine_name();
-    if (modules[i] != "faults.exe") {
-      EXPECT_EQ(name.find('!'), std::string::npos) << name;  // a symbol's name
-    }
-  }
-}
-
 TEST_F(StackUnderWineTest, BelowALibraryRoutineTheCProgramsCallersAreNamedThroughTheSymbolHandler) {
   start(L"c_calls_fortran");
   run_to("dll_data_lib.f95", "stop: tally");
@@ -316,7 +258,7 @@ TEST_F(StackUnderWineTest, BelowALibraryRoutineTheCProgramsCallersAreNamedThroug
     ASSERT_NE(frame, nullptr) << i;
     EXPECT_EQ(frame->index, i);
     modules.push_back(module_name(frame->module));
-    if (modules.back() != "c_calls_fortran.exe") {
+    if (modules.back() != "c_calls_fortran.exe") {  // a symbol's name
       EXPECT_EQ(frame->routine_name().find('!'), std::string::npos) << frame->routine_name();
     }
   }
@@ -329,15 +271,6 @@ TEST_F(StackUnderWineTest, BelowALibraryRoutineTheCProgramsCallersAreNamedThroug
 }
 
 // ---- variables of every address type ------------------------------------------------------
-
-TEST_F(StackUnderWineTest, AProgramWithoutCommonHasAnEmptyList) {
-  start(L"stack_shapes");
-  EXPECT_EQ(process.common_info_address(), 0u);  // the run-time library answered: no list
-  const std::size_t reads = system.counts.reads;
-  EXPECT_EQ(process.common_block_address("/SHARED/"), 0u);
-  EXPECT_TRUE(process.common_blocks().empty());
-  EXPECT_EQ(system.counts.reads, reads);
-}
 
 TEST_F(StackUnderWineTest, EveryAddressTypeFindsTheValueTheProgramStored) {
   start(L"address_types");

@@ -6,34 +6,21 @@
 // information) more times than HITS + HITS + STEPS.
 #include <windows.h>
 
-#include <chrono>
-#include <cstdio>
 #include <cstdlib>
-#include <string>
 
 #include "bench_session.h"
-#include "process/debugged_process.h"
-#include "support/run_command.h"
 
 namespace {
 
 using namespace vantor;
+using namespace vantor::testing;
 
-using testing::BenchSession;
-using testing::Clock;
-using testing::CountingSystem;
-using testing::milliseconds_since;
-using testing::run_command;
-
-void report(const char* what, int count, double ms, const CountingSystem::Counts& before,
-            const CountingSystem::Counts& after) {
-  auto per = [count](std::size_t a, std::size_t b) { return static_cast<double>(a - b) / count; };
+void report(const char* what, int count, double ms, const CountingSystem::Counts& c) {
+  auto per = [count](std::size_t n) { return static_cast<double>(n) / count; };
   std::printf("%-30s %6d %9.3f %7.1f   %5.1f %5.1f %5.1f %5.1f %5.1f %5.1f %5.1f\n", what, count, ms / count,
-              per(after.total(), before.total()), per(after.reads, before.reads), per(after.writes, before.writes),
-              per(after.get_contexts, before.get_contexts), per(after.set_contexts, before.set_contexts),
-              per(after.waits, before.waits), per(after.continues, before.continues), per(after.walks, before.walks));
+              per(c.total()), per(c.reads), per(c.writes), per(c.get_contexts), per(c.set_contexts), per(c.waits),
+              per(c.continues), per(c.walks));
 }
-
 
 }  // namespace
 
@@ -42,20 +29,15 @@ int wmain(int argc, wchar_t** argv) {
     std::printf("usage: breakpoints_wine PROGRAM.exe SOURCE COUNTED_LINE CALL_LINE [HITS] [STEPS]\n");
     return 2;
   }
-  std::wstring wide_source = argv[2];
-  const std::string source(wide_source.begin(), wide_source.end());
+  const std::string source = ascii(argv[2]);
   const int counted_line = _wtoi(argv[3]), call_line = _wtoi(argv[4]);
   const int hits = argc > 5 ? std::max(1, _wtoi(argv[5])) : 500;
   const int steps = argc > 6 ? std::max(1, _wtoi(argv[6])) : 200;
 
   BenchSession session;
   CountingSystem& system = session.system;
-
-  DebuggedProcess process;
-  if (!process.launch(L"\"" + std::wstring(argv[1]) + L"\"") || run_command(process, kModeStepInto) != psStopped) {
-    std::printf("could not start the program: %s\n", process.status_text().c_str());
-    return 1;
-  }
+  DebuggedProcess& process = session.process;
+  if (!session.start(argv[1])) return 1;
   std::printf("%-30s %6s %9s %7s   %5s %5s %5s %5s %5s %5s %5s\n", "per operation", "count", "ms", "calls", "read",
               "write", "getcx", "setcx", "wait", "cont", "walk");
 
@@ -110,8 +92,8 @@ int wmain(int argc, wchar_t** argv) {
     process.breakpoints().remove_breakpoint(static_cast<std::uint32_t>(id));
   }
   const int measured = rounds * per_round;
-  report("raw debug-event round trip", measured, raw_total, CountingSystem::Counts{}, raw_counts);
-  report("breakpoint hit, no stop", measured, hit_total, CountingSystem::Counts{}, hit_counts);
+  report("raw debug-event round trip", measured, raw_total, raw_counts);
+  report("breakpoint hit, no stop", measured, hit_total, hit_counts);
   const double raw_ms = raw_total / measured;
 
   // ---- step over the call line, from a stop there
@@ -132,7 +114,7 @@ int wmain(int argc, wchar_t** argv) {
     step_total += milliseconds_since(start);
     stepping += system.counts - before;
   }
-  report("step over a call", steps, step_total, CountingSystem::Counts{}, stepping);
+  report("step over a call", steps, step_total, stepping);
 
   std::printf("\nbreakpoint hit / raw round trip: %.1f\nstep over / raw round trip:      %.1f\n",
               hit_total / measured / raw_ms, step_total / steps / raw_ms);

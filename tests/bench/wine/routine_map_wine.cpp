@@ -3,25 +3,13 @@
 //   routine_map_wine.exe PROGRAM.exe [REPEATS]
 #include <windows.h>
 
-#include <chrono>
-#include <cstdio>
 #include <cstdlib>
-#include <string>
 
 #include "bench_session.h"
 #include "debuginfo/module.h"
-#include "process/debugged_process.h"
-
-namespace {
 
 using namespace vantor;
-
-using testing::BenchSession;
-using testing::Clock;
-using testing::CountingSystem;
-using testing::milliseconds_since;
-
-}  // namespace
+using namespace vantor::testing;
 
 int wmain(int argc, wchar_t** argv) {
   if (argc < 2) {
@@ -31,9 +19,8 @@ int wmain(int argc, wchar_t** argv) {
   int repeats = argc > 2 ? std::max(1, _wtoi(argv[2])) : 3;
   BenchSession session;
   CountingSystem& system = session.system;
-
+  DebuggedProcess& process = session.process;
   // Measured at the program's create-process event, where the debugger reads the tables.
-  DebuggedProcess process;
   std::wstring command = L"\"" + std::wstring(argv[1]) + L"\"";
   if (!process.launch(command)) {
     std::printf("could not start the program: %s\n", process.status_text().c_str());
@@ -52,7 +39,7 @@ int wmain(int argc, wchar_t** argv) {
   std::printf("%-28s %10s %10s %10s %10s\n", "operation", "routines", "ms", "reads", "writes");
   for (int i = 0; i < repeats; ++i) {
     std::size_t reads = system.counts.reads, writes = system.counts.writes;
-    auto start = std::chrono::steady_clock::now();
+    auto start = Clock::now();
     Module module(process, 0, path, event.image_base, true);
     double map_ms = milliseconds_since(start);
     std::size_t lines = 0;
@@ -63,7 +50,7 @@ int wmain(int argc, wchar_t** argv) {
     for (bool on : {true, false}) {
       reads = system.counts.reads;
       writes = system.counts.writes;
-      start = std::chrono::steady_clock::now();
+      start = Clock::now();
       module.set_line_traps(on);
       std::printf("%-28s %10zu %10.1f %10zu %10zu\n", on ? "line traps on" : "line traps off",
                   module.routines().size(), milliseconds_since(start), system.counts.reads - reads, system.counts.writes - writes);

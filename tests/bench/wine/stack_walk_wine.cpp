@@ -6,26 +6,17 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <vector>
 
 #include "bench_session.h"
-#include "process/debugged_process.h"
-#include "process/stepping.h"
 #include "stack/call_stack.h"
-#include "support/run_command.h"
 
 namespace {
 
 using namespace vantor;
-using testing::BenchSession;
-using testing::Clock;
-using testing::CountingSystem;
-using testing::milliseconds_since;
-using testing::run_command;
+using namespace vantor::testing;
+
 void report(const char* what, int count, const std::vector<double>& ms, const CountingSystem::Counts& counts) {
   std::vector<double> sorted = ms;
   std::sort(sorted.begin(), sorted.end());
@@ -43,19 +34,14 @@ int wmain(int argc, wchar_t** argv) {
     std::printf("usage: stack_walk_wine PROGRAM.exe SOURCE DEEPEST_LINE [WALKS]\n");
     return 2;
   }
-  std::wstring wide_source = argv[2];
-  const std::string source(wide_source.begin(), wide_source.end());
+  const std::string source = ascii(argv[2]);
   const int deepest_line = _wtoi(argv[3]);
   const int walks = argc > 4 ? std::max(1, _wtoi(argv[4])) : 200;
 
   BenchSession session;
   CountingSystem& system = session.system;
-
-  DebuggedProcess process;
-  if (!process.launch(L"\"" + std::wstring(argv[1]) + L"\"") || run_command(process, kModeStepInto) != psStopped) {
-    std::printf("could not start the program: %s\n", process.status_text().c_str());
-    return 1;
-  }
+  DebuggedProcess& process = session.process;
+  if (!session.start(argv[1])) return 1;
   if (process.breakpoints().set_breakpoint(source, deepest_line, 1, 1, "") < 1) {
     std::printf("no code at %s:%d\n", source.c_str(), deepest_line);
     return 1;

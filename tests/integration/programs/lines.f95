@@ -1,6 +1,7 @@
 ! The debug tables of a program and two DLLs under Wine: the main program calls routines
 ! of a DLL linked at build time, and C code loads a second DLL at run time into a place
-! where its preferred base is taken, so that it must be relocated.
+! where its preferred base is taken, so that it must be relocated. The breakpoint tests
+! find lines by the marker comments.
 program lines
   implicit none
   integer :: total, i
@@ -11,7 +12,7 @@ program lines
   end do
   total = total + triple(total)
   call lib_add(total)
-  call load_moved()
+  call load_moved()                 ! load the library
   print *, 'total', total
 end program lines
 

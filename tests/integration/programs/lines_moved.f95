@@ -1,7 +1,7 @@
 ! Loaded at run time by the lines program after its preferred base has been taken.
 subroutine moved_work(n)
   integer :: n
-  n = n * 2
+  n = n * 2                  ! moved work
   call moved_helper(n)
 end subroutine moved_work
 

@@ -1,9 +1,8 @@
 ! Every kind of value the debugger shows. Lines marked "! expect:" carry checks: at a
-! stop there, each "EXPRESSION => TEXT" must evaluate to TEXT. "! shows:" lines name the
-! values that the line's PRINT writes after its label: the debugger's text of each must
-! be what the program prints for it. "! let:" lines assign before the program goes on,
-! and the program's own output then shows the new value. The conditional breakpoints go
-! on the line whose comment is the word condition.
+! stop there, each "EXPRESSION => TEXT" must evaluate to TEXT. "! let:" lines assign
+! before the program goes on, and the program's own output then shows the new values.
+! Built as a checking build (--undef): never-assigned locals and allocated blocks show as
+! UNDEFINED.
 module settings
   implicit none
   integer :: mode = 3
@@ -57,9 +56,9 @@ program all_types
   character(len=3), parameter :: abc = 'abc'
 
   nullify(ptr)
-  print *, 'start'                                  ! expect: ptr => POINTER not assigned; buf => ARRAY not allocated; mptr => POINTER not assigned; mbuf => ARRAY not allocated
+  print *, 'start'                                  ! expect: ptr => POINTER not assigned; buf => ARRAY not allocated; mptr => POINTER not assigned; mbuf => ARRAY not allocated; i1 => UNDEFINED; i2 => UNDEFINED; i4 => UNDEFINED; i8 => UNDEFINED; r4 => UNDEFINED; r8 => UNDEFINED; c8 => UNDEFINED; c16 => UNDEFINED; l1 => UNDEFINED; l2 => UNDEFINED; l4 => UNDEFINED; l8 => UNDEFINED; odd(2) => UNDEFINED; p%x => UNDEFINED
   i1 = -7
-  i2 = 300
+  i2 = 300                                          ! expect: i1 => -7; i2 => UNDEFINED
   i4 = 123456
   i8 = -9000000000_8
   r4 = 1.5
@@ -74,17 +73,17 @@ program all_types
   names(0) = 'aa'
   names(1) = 'bbb'
   do i = -2, 3
-    odd(i) = i * 10                                 ! condition
+    odd(i) = i * 10
   end do
   grid(0, 1) = 1
-  grid(1, 1) = 2
+  grid(1, 1) = 2                                    ! expect: grid(0,1) => 1; grid(1,1) => UNDEFINED
   grid(0, 2) = 3
   grid(1, 2) = 4
   do i = 1, 5
     seq(i) = 10 * i
   end do
   p%x = 1.0d0
-  p%y = -3.5d0
+  p%y = -3.5d0                                      ! expect: p%x => 1; p%y => UNDEFINED; tri%corners => UNDEFINED
   tri%name = 'tri'
   tri%corners = 3
   do i = 1, 3
@@ -99,20 +98,12 @@ program all_types
   ptr => tgt
   mptr => tgt
   allocate(buf(-1:1))
-  buf = 2.5
+  buf = 2.5                                         ! expect: buf(0) => UNDEFINED
   allocate(mbuf(2:3))
   mbuf = 1.25d0
   shared = 11
   pair(1) = 6.0d0
   pair(2) = -6.0d0
-  print *, 'ints', i1, i2, i4, i8                  ! shows: i1, i2, i4, i8
-  print *, 'reals', r4, r8, c8, c16                ! shows: r4, r8, c8, c16
-  print *, 'logicals', l1, l2, l4, l8, word        ! shows: l1, l2, l4, l8, word
-  print *, 'texts', word, names(1), tri%name, abc  ! shows: word, names(1), tri%name, abc
-  print *, 'arrays', odd(-2), odd(3), grid(1, 2)   ! shows: odd(-2), odd(3), grid(1,2)
-  print *, 'parts', p%x, p%y, tri%vertex(2)%y      ! shows: p%x, p%y, tri%vertex(2)%y
-  print *, 'pointers', ptr, buf(1), mptr, mbuf(3)  ! shows: ptr, buf(1), mptr, mbuf(3)
-  print *, 'stored', shared, pair(2), mode, scale, limit, half  ! shows: shared, pair(2), mode, scale, limit, half
   print *, i1, i2, i4, i8                          ! expect: i1 => -7; i2 => 300; i4 => 123456; i8 => -9000000000; i1 + 0 => -7
   print *, r4, r8, c8, c16                         ! expect: r4 => 1.5; r8 => 0.1; c8 => (1.5,-2); c16 => (0.25,4); half => 0.5
   print *, l1, l2, l4, l8, word                    ! expect: l1 => .TRUE.; l2 => .FALSE.; l4 => .TRUE.; l8 => .FALSE.; word => 'hi   '; names(0) => 'aa  '; abc => 'abc'
@@ -127,8 +118,7 @@ program all_types
   call inner(5)
   call span(seq, 3, seq)
   print *, 'let', i4, r8, word, odd(0)             ! let: i4 = 99; r8 = 2.25; word = 'abc'; odd(0) = -1; tri%corners = 4; pair(1) = -0.5; mode = 5; l4 = .FALSE.; ptr = 78; c8 = 3
-  print *, 'after', i4, r8, word, odd(0)           ! shows: i4, r8, word, odd(0)
-  print *, 'others', tri%corners, pair(1), mode, l4, tgt, c8  ! shows: tri%corners, pair(1), mode, l4, tgt, c8
+  print *, 'others', tri%corners, mode, l4, tgt
   print *, mbuf                                    ! expect: tri%corners => 4; pair(1) => -0.5; mode => 5; l4 => .FALSE.; tgt => 78; c8 => (3,0)
 contains
   subroutine inner(n)
@@ -141,7 +131,7 @@ contains
   subroutine span(v, m, w)
     integer :: m
     integer :: v(m), w(*)
-    print *, 'span', v(1), v(m), w(5)              ! shows: v(1), v(m), w(5)
+    print *, 'span', v(1), v(m), w(5)              ! expect: v(1) => 10; v(m) => 30; w(5) => 50
     print *, v(2)                                  ! expect: v => INTEGER*4 (3); v(3) => 30; w => INTEGER*4 (*); w(2) => 20; m => 3; v(4) => Array subscript out of bounds
   end subroutine span
 end program all_types
