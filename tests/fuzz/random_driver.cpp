@@ -4,8 +4,6 @@
 //   NAME_random SEED_DIRECTORY [COUNT [SECONDS [SEED]]]
 // An input that kills the run is written to NAME-crash.bin in the current directory first,
 // so that the libFuzzer build of the target can replay it.
-#include <sanitizer/common_interface_defs.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
@@ -19,6 +17,8 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+extern "C" void __sanitizer_set_death_callback(void (*callback)(void)) __attribute__((weak));
 
 namespace {
 
@@ -125,7 +125,9 @@ int main(int argc, char** argv) {
   const double seconds = argc > 3 ? std::atof(argv[3]) : 10.0;
   const unsigned seed = argc > 4 ? static_cast<unsigned>(std::atol(argv[4])) : 20261122u;
   crash_file = std::filesystem::path(argv[0]).filename().string() + "-crash.bin";
-  __sanitizer_set_death_callback(save_current_input);
+  // Only a sanitizer build has the hook (the benchmark build has none): without it a
+  // killing input is not saved, but the run still fails.
+  if (__sanitizer_set_death_callback != nullptr) __sanitizer_set_death_callback(save_current_input);
 
   const auto seeds = read_seeds(argv[1]);
   if (seeds.empty()) {
