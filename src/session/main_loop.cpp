@@ -13,6 +13,7 @@
 #include "session/session_process.h"
 #include "session/startup_globals.h"
 #include "session/test_suite.h"
+#include "stack/stack_window_text.h"
 #include "ui/assembler_window.h"
 #include "ui/window_kinds.h"
 #include "ui/window_list.h"
@@ -68,6 +69,17 @@ void dump_lines_and_close() {
   close_session_and_main_window();
 }
 
+// Where the program stopped, as the call-stack window names its innermost frame; the
+// address when the frame has no source position (code of the system, say).
+std::string stop_position(DebuggedProcess& process) {
+  CallStack* stack = process.current_stack();
+  if (stack != nullptr && stack->depth() > 0) {
+    frame_information innermost = stack->information(0);
+    if (innermost.has_source && innermost.line > 0) return frame_row_text(innermost);
+  }
+  return "0x" + pointer_text(process.context().rip);
+}
+
 // A session without windows has nobody to ask what next after a stop, so it reports the
 // stop as a line and goes on to the end unless a script says what to do: a trap or a pause
 // runs on, a failed or ended program closes it. Batch runs do their own reporting.
@@ -78,7 +90,7 @@ void report_stop_without_windows() {
     case psPaused:
     case psStopped:
       if (process->status_text().empty())
-        console_print("Stopped at 0x%s\n", pointer_text(process->context().rip).c_str());
+        console_print("Stopped at %s\n", stop_position(*process).c_str());
       else
         console_print("Stopped: %s\n", process->status_text().c_str());
       if (!script_running()) SetPendingCommand(kGoCommand, kStartFlag);

@@ -2,7 +2,6 @@
 
 #include "debuginfo/module.h"
 #include "process/debugged_process.h"
-#include "stack/call_stack.h"
 
 namespace vantor {
 
@@ -25,18 +24,19 @@ std::string stack_status_line(const DebuggedProcess& process) {
   }
 }
 
+std::string frame_row_text(const frame_information& frame) {
+  if (!frame.has_source) return frame.routine_name;
+  return frame.routine_name + " (" + std::string(bare_file_name(frame.source_file_name)) + ": " +
+         std::to_string(frame.line) + ")";
+}
+
 void fill_stack_window(DebuggedProcess& process, ui::window_rows& rows, std::string& status) {
   status = stack_status_line(process);
   CallStack* stack = process.current_stack();
   if (process.state() == psEnded || !stack) return;
   for (std::int32_t i = 0; i < stack->depth(); ++i) {
     frame_information info = stack->information(i);
-    if (!info.has_source) {
-      rows.add(info.routine_name, ui::kRowWithoutSource);
-      continue;
-    }
-    rows.add(info.routine_name + " (" + std::string(bare_file_name(info.source_file_name)) + ": " +
-             std::to_string(info.line) + ")");
+    rows.add(frame_row_text(info), info.has_source ? ui::kRowPlain : ui::kRowWithoutSource);
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "stack/call_stack.h"
 #include "ui/text_window.h"
 
 namespace vantor {
@@ -12,6 +13,10 @@ class DebuggedProcess;
 
 // The first line of the window; empty in states that have nothing to report.
 std::string stack_status_line(const DebuggedProcess& process);
+
+// A frame as the window lists it: "NAME (file: line)" with the file's name after its last
+// backslash, or the bare name when the frame has no source position.
+std::string frame_row_text(const frame_information& frame);
 
 // The status line, then one row per frame of the current call stack: the frame's name and,
 // when it knows its source position, " (file: line)" with the file's name after its last
