@@ -40,7 +40,7 @@ demo: build prefix
 
 bench: deps
 	@cmake -S . -B $(BENCH) -G Ninja -DCMAKE_BUILD_TYPE=Release -DVANTOR_SANITIZE=OFF -DVANTOR_BENCH=ON >/dev/null
-	@cmake --build $(BENCH) -j $(JOBS)
+	@cmake --build $(BENCH) -j $(JOBS) --target native_benchmarks
 	@cmake -S . -B $(BENCH)-win64 -G Ninja -DCMAKE_BUILD_TYPE=Release -DVANTOR_BENCH=ON \
 	      -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake >/dev/null
 	@cmake --build $(BENCH)-win64 -j $(JOBS) --target wine_benchmarks
