@@ -41,25 +41,7 @@ TEST_F(BreakpointListTest, IdsAreSharedWithDataBreakpointsWhoseRecordsComeFirst)
   EXPECT_EQ(list.count(), 3);
 }
 
-TEST_F(BreakpointListTest, HitRuleOfAfterAndEvery) {
-  struct Case {
-    std::int32_t after, every;
-    std::vector<int> stops;  // among nine hits
-  };
-  const Case cases[] = {{1, 1, {1, 2, 3, 4, 5, 6, 7, 8, 9}}, {2, 3, {2, 5, 8}}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(::testing::Message() << "after " << c.after << " every " << c.every);
-    BreakpointList counting{host, slots};
-    counting.set_breakpoint("loop.f95", 10, c.after, c.every, "");
-    std::vector<int> stops;
-    for (int hit = 1; hit <= 9; ++hit)
-      if (counting.check_breakpoint(kLine10) == kBreakpointStop) stops.push_back(hit);
-    EXPECT_EQ(stops, c.stops);
-    EXPECT_EQ(counting.breakpoint(0)->hits, 9u);
-    EXPECT_EQ(counting.check_breakpoint(0x999), kNoBreakpoint);
-  }
-}
-
+// (The hit rule of after and every: e2e.script_session and the Wine breakpoint tests.)
 TEST_F(BreakpointListTest, ConditionDecidesOnlyAStopAndFailureStops) {
   host.condition_values["i = 3"] = false;
   host.condition_values["i = 4"] = true;

@@ -5,14 +5,7 @@
 namespace vantor {
 namespace {
 
-class ProcessSymbolsTest : public testing::StackTest {
- protected:
-  void set_registers(Address pc, Address sp) {
-    os::ThreadContext& context = target.system.context(process.thread_handle());
-    context.rip = pc;
-    context.rsp = sp;
-  }
-};
+class ProcessSymbolsTest : public testing::StackTest {};
 
 TEST_F(ProcessSymbolsTest, EachRefreshKeepsTheStackItReplaces) {
   image.routine("MAIN", 0x1000, 0x40).line(1, 0);
@@ -23,13 +16,11 @@ TEST_F(ProcessSymbolsTest, EachRefreshKeepsTheStackItReplaces) {
   put(0x30000 + 0x28, image.address_of("MAIN") + 0x10);
 
   EXPECT_EQ(process.current_stack(), nullptr);
-  set_registers(image.address_of("MAIN") + 6, 0x30030);
-  process.refresh_call_stack();
+  stop_at(image.address_of("MAIN") + 6, 0x30030);
   CallStack* first = process.current_stack();
   ASSERT_EQ(first->depth(), 1);
 
-  set_registers(image.address_of("SUB") + 6, 0x30000);
-  process.refresh_call_stack();
+  stop_at(image.address_of("SUB") + 6, 0x30000);
   EXPECT_EQ(process.previous_stack(), first);
   EXPECT_EQ(process.current_stack()->depth(), 2);
   EXPECT_EQ(process.context().rip, image.address_of("SUB") + 6);

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 
 #include "common/messages.h"
 #include "support/fake_target.h"
@@ -134,18 +133,6 @@ TEST_F(UserSpaceBufferTest, ShortReadsAreAssertionsAndLeaveZeros) {
   buffer.skip(40);
   out = ::testing::internal::GetCapturedStdout();
   EXPECT_NE(out.find("expr = nbytes == this_chunk_size\nfile = UserSpaceBuffer"), std::string::npos);
-  ConsoleMode = false;
-}
-
-TEST_F(UserSpaceBufferTest, WideStringReaderIsMarkedUnusedAndIgnoresZeros) {
-  ConsoleMode = true;
-  const std::uint16_t wide[] = {'a', 0, 'b', 'c'};
-  target.system.poke(0x80000, wide, sizeof wide);
-  char out[8] = "zzzzzzz";
-  ::testing::internal::CaptureStdout();
-  target.memory.read_wide_string_as_narrow(out, 0x80000, 4);
-  EXPECT_NE(::testing::internal::GetCapturedStdout().find("expr = false\nfile = DebuggedProcess"), std::string::npos);
-  EXPECT_EQ(std::string(out, 4), std::string("a\0b\0", 4));
   ConsoleMode = false;
 }
 

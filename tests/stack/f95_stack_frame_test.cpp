@@ -37,13 +37,6 @@ class VariableAddressTest : public testing::StackTest {
     put(kHostSp + 0x48, image.address_of("MAIN") + 0x10);
     put(kMainSp + 0x28, 0);
     stop_at(image.address_of("INNER") + 6, kInnerSp);
-  }
-
-  void stop_at(Address pc, Address sp) {
-    os::ThreadContext& context = target.system.context(process.thread_handle());
-    context.rip = pc;
-    context.rsp = sp;
-    process.refresh_call_stack();
     ASSERT_EQ(process.current_stack()->depth(), 3);
   }
 

@@ -45,12 +45,19 @@ class StackTest : public ::testing::Test {
 
   void put(Address at, std::uint64_t value) { target.system.poke_value(at, value); }
 
-  std::unique_ptr<CallStack> walk(Address pc, Address sp, Address fp = 0) {
+  std::unique_ptr<CallStack> walk(Address pc, Address sp) {
     os::ThreadContext context;
     context.rip = pc;
     context.rsp = sp;
-    context.rbp = fp;
     return std::make_unique<CallStack>(process, context);
+  }
+
+  // The thread stopped at `pc` with the stack at `sp`, and the process's stack walked there.
+  void stop_at(Address pc, Address sp) {
+    os::ThreadContext& context = target.system.context(process.thread_handle());
+    context.rip = pc;
+    context.rsp = sp;
+    process.refresh_call_stack();
   }
 
   std::vector<std::wstring> boxes() const {

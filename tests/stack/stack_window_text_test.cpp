@@ -38,9 +38,7 @@ TEST_F(StackWindowTest, RowsShowSourcePositionsWhereKnown) {
   code(image, "MAIN", small_frame_code(0x28));
   code(image, "NOLINES", small_frame_code(0x28));
   put(0x30000 + 0x28, image.address_of("MAIN") + 0x11);
-  target.system.context(process.thread_handle()).rip = image.address_of("NOLINES") + 6;
-  target.system.context(process.thread_handle()).rsp = 0x30000;
-  process.refresh_call_stack();
+  stop_at(image.address_of("NOLINES") + 6, 0x30000);
 
   ui::window_rows rows;
   std::string status = "stale";
