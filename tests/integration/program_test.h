@@ -3,6 +3,8 @@
 // main loop gives them.
 #pragma once
 
+#include <stdexcept>
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -45,10 +47,14 @@ class ProgramTest : public ::testing::Test {
     winlib::set_window_library(nullptr);
   }
 
-  // Launches a program of tests/integration/programs and steps into its first line.
+  // Launches a program of tests/integration/programs and steps into its first line. A test
+  // cannot go on without its program: a failure here ends the test (gtest reports the
+  // exception), where an ASSERT would only leave this helper.
   void start(const std::wstring& name) {
-    ASSERT_TRUE(process.launch(program_command(name))) << process.status_text();
-    ASSERT_EQ(command(kModeStepInto), psStopped) << process.status_text();
+    if (!process.launch(program_command(name)) || command(kModeStepInto) != psStopped) {
+      ADD_FAILURE() << "could not start " << narrow_from_wide(name) << ": " << process.status_text();
+      throw std::runtime_error("the program did not start");
+    }
   }
   std::int32_t command(std::int32_t mode) { return run_command(process, mode); }
   // Runs to the line of `source` marked `marker` through a breakpoint there.
